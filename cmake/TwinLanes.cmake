@@ -1,0 +1,34 @@
+# Shared helpers for module and test folders.
+
+# twinlanes_test(NAME <target> LABEL unit|scenario|e2e SOURCES ... LIBS ...)
+# Builds a GoogleTest executable and registers each case with CTest under the
+# label, with the environment every headless test needs.
+function(twinlanes_test)
+  cmake_parse_arguments(T "" "NAME;LABEL" "SOURCES;LIBS" ${ARGN})
+  add_executable(${T_NAME} ${T_SOURCES})
+  target_link_libraries(${T_NAME} PRIVATE ${T_LIBS} GTest::gtest GTest::gmock GTest::gtest_main)
+  target_compile_definitions(${T_NAME} PRIVATE
+    TWINLANES_RESOURCES="${TWINLANES_RESOURCES}"
+    TWINLANES_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
+  gtest_discover_tests(${T_NAME}
+    DISCOVERY_MODE PRE_TEST
+    PROPERTIES LABELS ${T_LABEL} ENVIRONMENT "${TWINLANES_TEST_ENV}")
+endfunction()
+
+# twinlanes_bench(NAME <target> SOURCES ... LIBS ...)
+function(twinlanes_bench)
+  cmake_parse_arguments(B "" "NAME" "SOURCES;LIBS" ${ARGN})
+  add_executable(${B_NAME} ${B_SOURCES})
+  target_link_libraries(${B_NAME} PRIVATE ${B_LIBS} benchmark::benchmark benchmark::benchmark_main)
+  target_compile_definitions(${B_NAME} PRIVATE TWINLANES_RESOURCES="${TWINLANES_RESOURCES}")
+endfunction()
+
+# Headless environment for every test: no display, no real pref folder, no
+# real browser, and suppressions for the libraries' own process-lifetime caches.
+set(TWINLANES_TEST_ENV
+  "SDL_VIDEODRIVER=dummy"
+  "SDL_FRAMEBUFFER_ACCELERATION=0"
+  "LANG=C.UTF-8"
+  "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
+  "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1"
+  "ASAN_OPTIONS=detect_leaks=1")

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kit/foundation/log.h"
+#include "kit/foundation/value.h"
+
+namespace kit {
+
+class UserDefaults;
+
+// The application's resources folder: images by name, localized strings
+// tables (strings/<table>.<lang>.json) and info values from the publisher
+// config (publisher.json). Reads the preferred languages from the
+// preferences' "AppleLanguages". Borrowed services must outlive it.
+class Bundle {
+ public:
+  Bundle(std::filesystem::path resourceDir, const UserDefaults* defaults, Log& log);
+
+  const std::filesystem::path& resourceDir() const { return dir_; }
+
+  // "bg.png", "car" or "fire1": the SVG or PNG under images/ whose stem
+  // matches (an SVG wins); nullopt when there is none.
+  std::optional<std::filesystem::path> pathForImage(std::string_view name) const;
+  // A file below the resources folder, if it exists.
+  std::optional<std::filesystem::path> pathForResource(std::string_view relative) const;
+
+  // The text of `key` in `table` for the first preferred language that has
+  // the table, else English, else `value`.
+  std::string localizedString(const std::string& key, const std::string& value,
+                              const std::string& table) const;
+
+  // "CFBundleVersion", "CFBundleShortVersionString", "CFBundleDisplayName"
+  // and the publisher's values ("appStoreId", "supportMail", ...); nil if absent.
+  Value infoValue(const std::string& key) const;
+
+  // Preferred language codes, most wanted first ("en" when none are known).
+  std::vector<std::string> preferredLanguages() const;
+
+ private:
+  struct Table;
+  const Value::Dictionary* table(const std::string& name, const std::string& lang) const;
+
+  std::filesystem::path dir_;
+  const UserDefaults* defaults_;
+  Log& log_;
+  Value info_;
+  mutable std::vector<std::pair<std::string, std::optional<Value>>> tables_;
+};
+
+}  // namespace kit

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "kit/foundation/bundle.h"
+#include "kit/foundation/clock.h"
+#include "kit/foundation/device.h"
+#include "kit/foundation/http.h"
+#include "kit/foundation/log.h"
+#include "kit/foundation/notification_center.h"
+#include "kit/foundation/run_loop.h"
+#include "kit/foundation/url_opener.h"
+#include "kit/foundation/user_defaults.h"
+
+namespace kit {
+
+// The platform services a system class is given. Borrowed: whoever built the
+// services (the application, or a test fixture) outlives every user.
+struct Services {
+  Clock& clock;
+  RunLoop& runLoop;
+  NotificationCenter& notifications;
+  UserDefaults& defaults;
+  Bundle& bundle;
+  Log& log;
+  HttpClient& http;
+  UrlOpener& urlOpener;
+  Device& device;
+};
+
+}  // namespace kit

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kit {
+
+// The shared application's openURL:. Returns whether the URL was handed on.
+class UrlOpener {
+ public:
+  virtual ~UrlOpener() = default;
+  virtual bool openURL(const std::string& url) = 0;
+};
+
+// Hands URLs to the desktop (never through a shell). Store links
+// (itms-apps://host/path) become their https web page first.
+class DesktopUrlOpener final : public UrlOpener {
+ public:
+  bool openURL(const std::string& url) override;
+  // The URL the desktop is given for `url`.
+  static std::string desktopFormOf(const std::string& url);
+};
+
+// Records every URL and opens nothing, for tests and headless runs.
+class RecordingUrlOpener final : public UrlOpener {
+ public:
+  bool openURL(const std::string& url) override {
+    opened.push_back(url);
+    return true;
+  }
+  std::vector<std::string> opened;
+};
+
+}  // namespace kit

@@ -1,0 +1,103 @@
+#include "kit/foundation/run_loop.h"
+
+#include <gtest/gtest.h>
+
+namespace kit {
+namespace {
+
+constexpr int64_t kMs = 1'000'000;
+
+class RunLoopTest : public ::testing::Test {
+ protected:
+  // Advances the clock in frame-sized steps, running the loop after each.
+  void advance(int64_t nanos, int64_t step = 16 * kMs) {
+    for (int64_t done = 0; done < nanos; done += step) {
+      clock.advance(std::min(step, nanos - done));
+      loop.runOnce();
+    }
+  }
+
+  ManualClock clock;
+  RunLoop loop{clock};
+  int fired = 0;
+};
+
+TEST_F(RunLoopTest, RepeatingTimerFiresEveryInterval) {
+  auto timer = loop.scheduledTimer(0.1, [&] { ++fired; }, true);
+  advance(1000 * kMs, 10 * kMs);
+  EXPECT_EQ(fired, 10);
+}
+
+TEST_F(RunLoopTest, DistantPastFiresAtNextPassThenEveryInterval) {
+  auto timer = loop.scheduledTimer(0.1, [&] { ++fired; }, true);
+  timer->setFireDate(Timer::kDistantFuture);
+  advance(500 * kMs);
+  EXPECT_EQ(fired, 0);
+  timer->setFireDate(Timer::kDistantPast);
+  loop.runOnce();
+  EXPECT_EQ(fired, 1);
+  advance(99 * kMs, kMs);
+  EXPECT_EQ(fired, 1);
+  advance(kMs, kMs);
+  EXPECT_EQ(fired, 2);
+}
+
+TEST_F(RunLoopTest, LateTicksAreSkippedNotBurst) {
+  auto timer = loop.scheduledTimer(0.1, [&] { ++fired; }, true);
+  clock.advance(1050 * kMs);  // a stall of ten intervals
+  loop.runOnce();
+  EXPECT_EQ(fired, 1);
+  advance(50 * kMs, kMs);  // back on the original grid at 1.1 s
+  EXPECT_EQ(fired, 2);
+}
+
+TEST_F(RunLoopTest, InvalidatedTimerNeverFiresAgain) {
+  auto timer = loop.scheduledTimer(0.1, [&] {
+    ++fired;
+  }, true);
+  advance(100 * kMs, kMs);
+  timer->invalidate();
+  advance(500 * kMs);
+  EXPECT_EQ(fired, 1);
+  EXPECT_FALSE(loop.nextFireDate().has_value());
+}
+
+TEST_F(RunLoopTest, OneShotTimerFiresOnce) {
+  loop.scheduledTimer(0.05, [&] { ++fired; }, false);
+  advance(500 * kMs);
+  EXPECT_EQ(fired, 1);
+}
+
+TEST_F(RunLoopTest, PostedTasksRunOnNextPassInOrder) {
+  std::string order;
+  loop.post([&] { order += "a"; });
+  loop.post([&] { order += "b"; });
+  EXPECT_EQ(order, "");
+  loop.runOnce();
+  EXPECT_EQ(order, "ab");
+}
+
+TEST_F(RunLoopTest, TimerScheduledDuringPassWaitsForNextPass) {
+  std::shared_ptr<Timer> inner;
+  auto outer = loop.scheduledTimer(0.01, [&] {
+    inner = loop.scheduledTimer(0.0, [&] { ++fired; }, false);
+  }, false);
+  advance(10 * kMs, kMs);
+  EXPECT_EQ(fired, 0);
+  loop.runOnce();
+  EXPECT_EQ(fired, 1);
+}
+
+TEST(ManualClockTest, WallTimeAdvancesWithMonotonicTime) {
+  ManualClock clock(1000);
+  clock.advanceSeconds(2.5);
+  EXPECT_EQ(clock.now(), 1002);
+  clock.setNow(5000);
+  clock.advanceSeconds(0.9);
+  EXPECT_EQ(clock.now(), 5000);
+  clock.advanceSeconds(0.1);
+  EXPECT_EQ(clock.now(), 5001);
+}
+
+}  // namespace
+}  // namespace kit
