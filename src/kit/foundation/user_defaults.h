@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "kit/foundation/log.h"
 #include "kit/foundation/value.h"
@@ -15,9 +16,13 @@ namespace kit {
 // JSON in `folder`/prefs.json, written atomically on synchronize() and on
 // destruction. A missing file is a first launch; a corrupt one is moved aside
 // to prefs.json.bad with a log line and the store starts from its defaults.
-// Main thread only. The log must outlive the store.
+// A folder that cannot be used (or an empty path) keeps the values in memory
+// only. Main thread only. The log must outlive the store.
 class UserDefaults {
  public:
+  // Files larger than this are set aside unread.
+  static constexpr size_t kMaxFileBytes = 4 << 20;
+
   UserDefaults(std::filesystem::path folder, Log& log);
   ~UserDefaults();
   UserDefaults(const UserDefaults&) = delete;
@@ -25,6 +30,12 @@ class UserDefaults {
 
   // The per-user data folder of the platform (created if missing).
   static std::filesystem::path defaultFolder();
+
+  // The stored values a preferences file holds, or nullopt when the bytes
+  // are not one (not JSON, not an object, too deep). encode() gives the
+  // bytes of a file; decode(encode(v)) == v for every decoded v.
+  static std::optional<Value::Dictionary> decode(std::string_view bytes);
+  static std::string encode(const Value::Dictionary& values);
 
   void registerDefaults(const Value::Dictionary& defaults);
 
@@ -51,9 +62,17 @@ class UserDefaults {
   bool synchronize();
 
   const std::filesystem::path& filePath() const { return file_; }
+  // False when the values live in memory only.
+  bool isPersistent() const { return persistent_; }
+  // The values set by the program (or loaded), without the defaults.
+  const Value::Dictionary& storedValues() const { return values_; }
 
  private:
   void load();
+  void removeStrayTempFiles();
+  // Moves a bad file to prefs.json.bad and logs why, in one line.
+  void setAside(std::string_view why);
+  bool write();
 
   std::filesystem::path folder_;
   std::filesystem::path file_;
@@ -61,6 +80,7 @@ class UserDefaults {
   Value::Dictionary values_;
   Value::Dictionary defaults_;
   bool dirty_ = false;
+  bool persistent_ = true;
 };
 
 }  // namespace kit

@@ -1,0 +1,361 @@
+#include "kit/foundation/user_defaults.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+
+#include "kit/foundation/json.h"
+#include "kit/foundation/temp_dir.h"
+
+namespace kit {
+namespace {
+
+namespace fs = std::filesystem;
+
+class UserDefaultsTest : public ::testing::Test {
+ protected:
+  // A fresh store on the folder, as a new launch would make it.
+  UserDefaults& launch() {
+    prefs.reset();
+    prefs = std::make_unique<UserDefaults>(dir.path(), log);
+    return *prefs;
+  }
+  void quit() { prefs.reset(); }
+
+  void writeFile(const std::string& name, const std::string& bytes) {
+    std::ofstream(dir.path() / name, std::ios::binary) << bytes;
+  }
+  std::string readFile(const std::string& name) const {
+    std::ifstream in(dir.path() / name, std::ios::binary);
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+  }
+  bool exists(const std::string& name) const { return fs::exists(dir.path() / name); }
+  std::vector<std::string> files() const {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(dir.path())) {
+      names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+  Value::Dictionary onDisk() const {
+    auto values = UserDefaults::decode(readFile("prefs.json"));
+    EXPECT_TRUE(values) << readFile("prefs.json");
+    return values.value_or(Value::Dictionary{});
+  }
+
+  TempDir dir;
+  CapturingLog log;
+  std::unique_ptr<UserDefaults> prefs;
+};
+
+TEST_F(UserDefaultsTest, MissingFileIsAQuietFirstLaunch) {
+  auto& d = launch();
+  EXPECT_TRUE(d.isPersistent());
+  EXPECT_TRUE(d.objectForKey("best").isNil());
+  EXPECT_TRUE(log.lines().empty());
+  EXPECT_TRUE(d.synchronize());
+  EXPECT_FALSE(exists("prefs.json"));
+}
+
+TEST_F(UserDefaultsTest, RegisteredDefaultsAreReadButNeverWritten) {
+  auto& d = launch();
+  d.registerDefaults({{"best", 0}, {"sound", true}, {"cnt", 5}});
+  EXPECT_EQ(d.integerForKey("cnt"), 5);
+  EXPECT_TRUE(d.boolForKey("sound"));
+  d.setInteger(1, "cnt");
+  ASSERT_TRUE(d.synchronize());
+  EXPECT_EQ(onDisk(), (Value::Dictionary{{"cnt", 1}}));
+
+  d.removeObjectForKey("cnt");
+  EXPECT_EQ(d.integerForKey("cnt"), 5);
+  d.setObject(Value(), "sound");  // nil removes; the default shows again
+  EXPECT_TRUE(d.boolForKey("sound"));
+  ASSERT_TRUE(d.synchronize());
+  EXPECT_EQ(onDisk(), Value::Dictionary{});
+}
+
+TEST_F(UserDefaultsTest, TypedGettersConvertAsThePlatformDoes) {
+  auto& d = launch();
+  d.setObject("12", "text");
+  d.setObject("abc", "word");
+  d.setObject(3.7, "real");
+  d.setObject(true, "yes");
+  d.setObject(Value::Array{"en"}, "list");
+  EXPECT_EQ(d.integerForKey("text"), 12);
+  EXPECT_EQ(d.integerForKey("word"), 0);
+  EXPECT_EQ(d.integerForKey("real"), 3);
+  EXPECT_EQ(d.integerForKey("yes"), 1);
+  EXPECT_EQ(d.integerForKey("list"), 0);
+  EXPECT_EQ(d.integerForKey("missing"), 0);
+  EXPECT_TRUE(d.boolForKey("text"));
+  EXPECT_FALSE(d.boolForKey("word"));
+  EXPECT_FLOAT_EQ(d.floatForKey("real"), 3.7f);
+  EXPECT_DOUBLE_EQ(d.doubleForKey("text"), 12.0);
+  EXPECT_EQ(d.stringForKey("real"), "3.7000000000000002");
+  EXPECT_EQ(d.stringForKey("yes"), "1");
+  EXPECT_EQ(d.stringForKey("list"), std::nullopt);
+  EXPECT_EQ(d.arrayForKey("list"), (Value::Array{"en"}));
+  EXPECT_EQ(d.arrayForKey("text"), std::nullopt);
+}
+
+TEST_F(UserDefaultsTest, ValuesKeepTheirTypesAcrossLaunches) {
+  const Value::Dictionary stored{{"best", 42},
+                                 {"first", 1'700'000'000},
+                                 {"sound", false},
+                                 {"ratio", 0.1},
+                                 {"whole", 2.0},
+                                 {"banner-id", "ca-app-pub-1/2"},
+                                 {"AppleLanguages", Value::Array{"zh-Hans-CN", "en"}},
+                                 {"nested", Value::Dictionary{{"a", Value::Array{}}}}};
+  auto& d = launch();
+  for (const auto& [key, value] : stored)
+    d.setObject(value, key);
+  d.setFloat(0.1f, "float");
+  ASSERT_TRUE(d.synchronize());
+  quit();
+
+  auto& again = launch();
+  for (const auto& [key, value] : stored)
+    EXPECT_EQ(again.objectForKey(key), value) << key;
+  EXPECT_EQ(again.floatForKey("float"), 0.1f);
+  EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(UserDefaultsTest, SynchronizeWritesOnlyWhenSomethingChanged) {
+  auto& d = launch();
+  d.setInteger(3, "best");
+  ASSERT_TRUE(d.synchronize());
+  struct stat before {};
+  ASSERT_EQ(::stat((dir.path() / "prefs.json").c_str(), &before), 0);
+  EXPECT_EQ(before.st_mode & 0777, 0600u);
+
+  d.setInteger(3, "best");  // the same value again
+  ASSERT_TRUE(d.synchronize());
+  struct stat after {};
+  ASSERT_EQ(::stat((dir.path() / "prefs.json").c_str(), &after), 0);
+  EXPECT_EQ(after.st_ino, before.st_ino);  // each write renames a new file in
+  EXPECT_EQ(files(), (std::vector<std::string>{"prefs.json"}));
+}
+
+TEST_F(UserDefaultsTest, UnsavedChangesAreWrittenAtExit) {
+  launch().setInteger(9, "cnt");
+  quit();
+  EXPECT_EQ(launch().integerForKey("cnt"), 9);
+}
+
+TEST_F(UserDefaultsTest, StrayTemporaryFilesAreRemovedAtStart) {
+  writeFile("prefs.json", R"({"best": 4})");
+  writeFile("prefs.json.tmp-abc123", R"({"best": 5)");
+  writeFile("notes.txt", "mine");
+  EXPECT_EQ(launch().integerForKey("best"), 4);
+  EXPECT_EQ(files(), (std::vector<std::string>{"notes.txt", "prefs.json"}));
+}
+
+TEST_F(UserDefaultsTest, BadFilesAreSetAsideWithOneLineAndDefaultsUsed) {
+  using namespace std::string_literals;
+  const std::pair<const char*, std::string> cases[] = {
+      {"garbage", "\x89PNG\r\n\x1a\n\x00\x01garbage"s},
+      {"truncated", R"({"best": 12, "sound": tr)"},
+      {"array", "[1, 2, 3]"},
+      {"text", R"("best")"},
+      {"number", "42"},
+      {"null", "null"},
+      {"empty", ""},
+      {"whitespace", " \n"},
+      {"invalid UTF-8", "{\"best\": \"\xff\xfe\"}"},
+      {"too deep", "{\"a\":" + std::string(100'000, '[') + std::string(100'000, ']') + "}"},
+      {"trailing garbage", R"({"best": 1} {"best": 2})"},
+  };
+  for (const auto& [name, bytes] : cases) {
+    SCOPED_TRACE(name);
+    writeFile("prefs.json", bytes);
+    auto& d = launch();
+    d.registerDefaults({{"best", 0}});
+    EXPECT_EQ(d.integerForKey("best"), 0);
+    EXPECT_TRUE(d.isPersistent());
+    EXPECT_EQ(log.take().size(), 1u);
+    EXPECT_FALSE(exists("prefs.json"));
+    EXPECT_EQ(readFile("prefs.json.bad"), bytes);
+
+    d.setInteger(7, "best");
+    ASSERT_TRUE(d.synchronize());
+    EXPECT_EQ(onDisk(), (Value::Dictionary{{"best", 7}}));
+    quit();
+    fs::remove(dir.path() / "prefs.json");
+  }
+}
+
+TEST_F(UserDefaultsTest, AFileCutAtAnyByteIsSetAside) {
+  auto& d = launch();
+  d.setObject(Value::Dictionary{{"best", 12}}, "wrapped");
+  d.setObject(Value::Array{"zh-Hans", "en"}, "AppleLanguages");
+  d.setObject("ca-app-pub-1234567890123456/1234567890", "banner-id");
+  ASSERT_TRUE(d.synchronize());
+  quit();
+  const std::string whole = readFile("prefs.json");
+  ASSERT_EQ(whole.back(), '\n');
+  for (size_t cut = 0; cut + 1 < whole.size(); ++cut) {
+    writeFile("prefs.json", whole.substr(0, cut));
+    EXPECT_TRUE(launch().storedValues().empty()) << cut;
+    EXPECT_TRUE(exists("prefs.json.bad"));
+  }
+  EXPECT_EQ(log.take().size(), whole.size() - 1);
+}
+
+TEST_F(UserDefaultsTest, OddValuesInAGoodFileAreKeptAndReadSafely) {
+  writeFile("prefs.json", R"({"best": "abc", "sound": [1], "cnt": 1e300, "first": -12.9,
+                              "cz_rated": {"x": null}, "app-open-times": "99999999999999999999"})");
+  auto& d = launch();
+  EXPECT_TRUE(log.lines().empty());
+  EXPECT_EQ(d.integerForKey("best"), 0);
+  EXPECT_FALSE(d.boolForKey("sound"));
+  EXPECT_EQ(d.integerForKey("first"), -12);
+  EXPECT_FALSE(d.boolForKey("cz_rated"));
+  EXPECT_EQ(d.integerForKey("app-open-times"), std::numeric_limits<int64_t>::max());
+  EXPECT_EQ(d.doubleForKey("cnt"), 1e300);
+  EXPECT_EQ(d.integerForKey("cnt"), std::numeric_limits<int64_t>::max());
+}
+
+TEST_F(UserDefaultsTest, HugeFileIsSetAsideUnread) {
+  {
+    int fd = ::open((dir.path() / "prefs.json").c_str(), O_CREAT | O_WRONLY, 0600);
+    ASSERT_GE(fd, 0);
+    ASSERT_EQ(::ftruncate(fd, 100 << 20), 0);  // sparse: 100 MB of zeros
+    ::close(fd);
+  }
+  auto& d = launch();
+  EXPECT_TRUE(d.storedValues().empty());
+  ASSERT_EQ(log.lines().size(), 1u);
+  EXPECT_NE(log.lines()[0].find("larger than"), std::string::npos) << log.lines()[0];
+  EXPECT_EQ(fs::file_size(dir.path() / "prefs.json.bad"), 100u << 20);
+}
+
+TEST_F(UserDefaultsTest, FolderInTheFilesPlaceIsSetAside) {
+  fs::create_directory(dir.path() / "prefs.json");
+  auto& d = launch();
+  EXPECT_EQ(log.take().size(), 1u);
+  EXPECT_TRUE(fs::is_directory(dir.path() / "prefs.json.bad"));
+  d.setBool(true, "sound");
+  EXPECT_TRUE(d.synchronize());
+  EXPECT_TRUE(onDisk().count("sound"));
+}
+
+TEST_F(UserDefaultsTest, UnusableFolderKeepsValuesInMemory) {
+  writeFile("not-a-folder", "x");
+  UserDefaults d(dir.path() / "not-a-folder" / "prefs", log);
+  EXPECT_FALSE(d.isPersistent());
+  EXPECT_EQ(log.take().size(), 1u);
+  d.setInteger(5, "best");
+  EXPECT_EQ(d.integerForKey("best"), 5);
+  EXPECT_FALSE(d.synchronize());
+  EXPECT_TRUE(log.take().empty());  // said once, not on every save
+
+  UserDefaults memoryOnly({}, log);
+  memoryOnly.setInteger(1, "cnt");
+  EXPECT_EQ(memoryOnly.integerForKey("cnt"), 1);
+  EXPECT_FALSE(memoryOnly.synchronize());
+  EXPECT_TRUE(log.take().empty());
+}
+
+TEST_F(UserDefaultsTest, FailedSaveKeepsOldFileAndValuesAndRetriesLater) {
+  auto& d = launch();
+  d.setInteger(1, "best");
+  ASSERT_TRUE(d.synchronize());
+  const std::string old = readFile("prefs.json");
+
+  // A folder appears in the file's place, so the final rename fails.
+  fs::rename(dir.path() / "prefs.json", dir.path() / "saved");
+  fs::create_directories(dir.path() / "prefs.json" / "inner");
+  d.setInteger(2, "best");
+  EXPECT_FALSE(d.synchronize());
+  EXPECT_EQ(log.take().size(), 1u);
+  EXPECT_EQ(d.integerForKey("best"), 2);
+  EXPECT_EQ(files(), (std::vector<std::string>{"prefs.json", "saved"}));  // no temp file left
+  EXPECT_EQ(readFile("saved"), old);
+
+  fs::remove_all(dir.path() / "prefs.json");
+  EXPECT_TRUE(d.synchronize());  // still unsaved, so it writes now
+  EXPECT_EQ(onDisk(), (Value::Dictionary{{"best", 2}}));
+}
+
+TEST_F(UserDefaultsTest, DefaultFolderIgnoresAnEmptyDataHome) {
+  TempDir home;
+  ::setenv("HOME", home.path().c_str(), 1);
+  ::setenv("XDG_DATA_HOME", (home.path() / "data").c_str(), 1);
+  EXPECT_EQ(UserDefaults::defaultFolder(), home.path() / "data/TwinLanes/TwinLanes");
+
+  ::setenv("XDG_DATA_HOME", "", 1);
+  fs::path folder = UserDefaults::defaultFolder();
+  EXPECT_EQ(folder, home.path() / ".local/share/TwinLanes/TwinLanes");
+  EXPECT_TRUE(fs::is_directory(folder));
+  EXPECT_EQ(fs::status(folder).permissions() & fs::perms::all, fs::perms::owner_all);
+}
+
+// A writer killed at any moment leaves a file that parses and holds the last
+// value it reported saved (or the one it was saving).
+TEST_F(UserDefaultsTest, KilledWriterNeverLeavesABrokenFile) {
+  constexpr int kKills = 200;
+  std::mt19937 random(12345);
+  int64_t lastReported = 0;
+  int tornOrStale = 0;
+  for (int kill = 0; kill < kKills; ++kill) {
+    int fds[2];
+    ASSERT_EQ(::pipe(fds), 0);
+    pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      ::close(fds[0]);
+      CapturingLog quiet;
+      UserDefaults d(dir.path(), quiet);
+      for (int64_t best = d.integerForKey("best") + 1;; ++best) {
+        d.setInteger(best, "best");
+        d.setInteger(best * 3, "cnt");
+        if (!d.synchronize())
+          ::_exit(2);
+        if (::write(fds[1], &best, sizeof best) != sizeof best)
+          ::_exit(3);
+      }
+    }
+    ::close(fds[1]);
+    // A save takes about 10 ms here (two fsyncs), so this lands kills before,
+    // during and between the first saves of each writer.
+    ::usleep(std::uniform_int_distribution<useconds_t>(0, 20'000)(random));
+    ::kill(child, SIGKILL);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "writer stopped by itself: " << status;
+    int64_t reported = 0;
+    while (::read(fds[0], &reported, sizeof reported) == sizeof reported)
+      lastReported = reported;
+    ::close(fds[0]);
+
+    CapturingLog check;
+    UserDefaults after(dir.path(), check);
+    if (!check.lines().empty() || after.integerForKey("best") < lastReported ||
+        after.integerForKey("cnt") != after.integerForKey("best") * 3) {
+      ++tornOrStale;
+      ADD_FAILURE() << "after kill " << kill << ": best " << after.integerForKey("best")
+                    << ", reported " << lastReported << ", log "
+                    << (check.lines().empty() ? "" : check.lines()[0]);
+    }
+  }
+  EXPECT_EQ(tornOrStale, 0);
+  EXPECT_GE(lastReported, kKills / 10);  // the writers did get saves done
+}
+
+}  // namespace
+}  // namespace kit
