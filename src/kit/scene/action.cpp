@@ -21,6 +21,11 @@ struct ActionAccess {
 
 namespace {
 
+// Frame times come from a nanosecond clock, and summing them in seconds
+// leaves rounding dust: an action whose end falls on a frame counts as ended
+// within a nanosecond of it, rather than lingering for one more frame.
+constexpr double kTimeTolerance = 1e-9;
+
 double sanitizedDuration(double seconds) {
   return std::isnan(seconds) || seconds <= 0 ? 0.0 : seconds;
 }
@@ -37,9 +42,9 @@ class TimedRun : public ActionRun {
       start(node);
     }
     elapsed_ += dt;
-    if (elapsed_ >= duration_) {
+    if (elapsed_ >= duration_ - kTimeTolerance) {
       step(node, 1.0);
-      return elapsed_ - duration_;
+      return std::max(0.0, elapsed_ - duration_);
     }
     step(node, elapsed_ / duration_);
     return kStillRunning;
@@ -318,15 +323,15 @@ class AnimateRun final : public ActionRun {
     }
     elapsed_ += dt;
     const double duration = timePerFrame_ * static_cast<double>(frames_.size());
-    if (elapsed_ >= duration) {
+    if (elapsed_ >= duration - kTimeTolerance) {
       if (sprite && !frames_.empty())
         show(*sprite, frames_.back());
       if (sprite && restore_)
         putBack(*sprite);
-      return elapsed_ - duration;
+      return std::max(0.0, elapsed_ - duration);
     }
-    const auto index =
-        std::min(frames_.size() - 1, static_cast<std::size_t>(elapsed_ / timePerFrame_));
+    const auto shown = static_cast<std::size_t>((elapsed_ + kTimeTolerance) / timePerFrame_);
+    const auto index = std::min(frames_.size() - 1, shown);
     if (sprite)
       show(*sprite, frames_[index]);
     return kStillRunning;

@@ -166,11 +166,15 @@ void PhysicsWorld::simulate() {
       if (body->world_ == this) {
         auto* sim = static_cast<b2Body*>(body->simBody_);
         body->seenInPass_ = pass;
-        if (body->filterDirty_) {
+        // The engine looks for new pairs at the start of a step only after a
+        // body has moved; a refiltered body is "moved" in place so that a
+        // pair its new masks allow begins in this step, not the next.
+        const bool refiltered = body->filterDirty_;
+        if (refiltered) {
           body->filterDirty_ = false;
           sim->GetFixtureList()->Refilter();
         }
-        if (x != body->lastX_ || y != body->lastY_ || a != body->lastAngle_) {
+        if (refiltered || x != body->lastX_ || y != body->lastY_ || a != body->lastAngle_) {
           sim->SetTransform(b2Vec2(x, y), a);
           body->lastX_ = x;
           body->lastY_ = y;

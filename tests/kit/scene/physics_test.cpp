@@ -1,0 +1,200 @@
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "kit/scene/action.h"
+#include "scene_fixture.h"
+
+namespace kit::testing {
+namespace {
+
+using PhysicsTest = SceneFixture;
+
+constexpr uint32_t kCar = 1, kObstacle = 2;
+
+TEST_F(PhysicsTest, ContactsAreReportedWhenEitherBodysCategoryMeetsTheOthersTestMask) {
+  struct Case {
+    uint32_t categoryA, testA, categoryB, testB;
+    bool reported;
+  };
+  const std::vector<Case> cases = {
+      {kCar, kObstacle, kObstacle, kCar, true},   // both ask
+      {kCar, kObstacle, kObstacle, 0, true},      // only A asks
+      {kCar, 0, kObstacle, kCar, true},           // only B asks
+      {kCar, kObstacle, kCar, kObstacle, false},  // two cars
+      {kObstacle, kCar, kObstacle, kCar, false},  // two obstacles
+      {kCar, 0, kObstacle, 0, false},
+  };
+  std::vector<std::pair<NodePtr, NodePtr>> pairs;
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    const Case& c = cases[i];
+    const Point at{160, 40.0 + 80.0 * static_cast<double>(i)};
+    pairs.emplace_back(addBox(at, {30, 30}, c.categoryA, c.testA),
+                       addBox({at.x + 10, at.y + 10}, {30, 30}, c.categoryB, c.testB));
+  }
+  frame();
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    int reported = 0;
+    for (const auto& contact : scene->contacts) {
+      reported += contact.pairs(pairs[i].first, pairs[i].second);
+    }
+    EXPECT_EQ(reported, cases[i].reported ? 1 : 0) << "case " << i;
+  }
+  EXPECT_EQ(scene->contacts.size(), 3u);
+}
+
+TEST_F(PhysicsTest, AContactBeginsOnceAndAgainOnlyAfterTheShapesHaveParted) {
+  auto car = addBox({100, 100}, {40, 30}, kCar, kObstacle);
+  auto obstacle = addBall({100, 120}, 10, kObstacle, kCar);
+  frame();
+  advance(1);
+  EXPECT_EQ(scene->contacts.size(), 1u);
+  obstacle->setPosition({100, 300});
+  advance(0.02);
+  obstacle->setPosition({110, 110});
+  advance(0.02);
+  ASSERT_EQ(scene->contacts.size(), 2u);
+  EXPECT_TRUE(scene->contacts[1].pairs(car, obstacle));
+}
+
+TEST_F(PhysicsTest, AFallingObstacleTouchesInTheFrameTheShapesFirstOverlap) {
+  addBox({100, 100}, {40, 30}, kCar, kObstacle);  // top edge at y = 115
+  auto ball = addBall({100, 200}, 10, kObstacle, kCar);
+  ball->runAction(Action::moveToY(0, 1));  // 4 points per 20 ms frame
+  frame();
+  advance(0.36);  // ball at y = 128: a 3-point gap
+  EXPECT_TRUE(scene->contacts.empty());
+  scene->log.clear();
+  advance(0.02);  // y = 124: 1 point of overlap
+  ASSERT_EQ(scene->contacts.size(), 1u);
+  EXPECT_EQ(scene->log, (std::vector<std::string>{"update", "contact", "didSimulatePhysics"}));
+}
+
+TEST_F(PhysicsTest, ARotatedRectangleMeetsACircleOnlyWhereItReallyIs) {
+  // A 60 × 20 rectangle turned 45°: its long faces have the normal n.
+  auto bar = addBox({160, 280}, {60, 20}, kCar, kObstacle);
+  bar->setZRotation(std::numbers::pi / 4);
+  const double s = std::sqrt(0.5);
+  const Vector n{-s, s};
+  auto along = [&](double d) { return Point{160 + n.x * d, 280 + n.y * d}; };
+
+  // Touching distance along n is 10 + 10.
+  auto ball = addBall(along(21), 10, kObstacle, kCar);
+  frame();
+  EXPECT_TRUE(scene->contacts.empty());
+  ball->setPosition(along(19.5));
+  advance(0.02);
+  ASSERT_EQ(scene->contacts.size(), 1u);
+  const Point p = scene->contacts[0].point;
+  EXPECT_NEAR(p.x, 160 + n.x * 15, 6);
+  EXPECT_NEAR(p.y, 280 + n.y * 15, 6);
+
+  // Inside the unturned rectangle's outline, but clear of the turned one.
+  auto corner = addBall({160 + 28, 280}, 5, kObstacle, kCar);
+  advance(0.02);
+  EXPECT_EQ(scene->contacts.size(), 1u);
+  corner->setPosition({160 + 14, 280 + 14});  // on the bar's long axis
+  advance(0.02);
+  EXPECT_EQ(scene->contacts.size(), 2u);
+}
+
+TEST_F(PhysicsTest, ShapesTouchAtTheirDrawnEdgesWithinAFractionOfAPoint) {
+  addBox({100, 100}, {40, 30}, kCar, kObstacle);  // right edge at x = 120
+  auto box = addBox({130.3, 100}, {20, 20}, kObstacle, kCar);
+  auto ball = addBall({100, 125.3}, 10, kObstacle, kCar);  // top edge at y = 115
+  frame();
+  EXPECT_TRUE(scene->contacts.empty());
+  box->setPosition({129.7, 100});
+  ball->setPosition({100, 124.7});
+  advance(0.02);
+  EXPECT_EQ(scene->contacts.size(), 2u);
+}
+
+TEST_F(PhysicsTest, BodiesFollowTheirNodesThroughMovedAndTurnedParents) {
+  auto layer = addNode({100, 100});
+  layer->setZRotation(std::numbers::pi / 2);
+  auto box = addSprite({50, 0}, {20, 20}, layer);  // lands at (100, 150) in the scene
+  auto body = PhysicsBody::bodyWithRectangleOfSize({20, 20});
+  body->setCategoryBitMask(kCar);
+  body->setContactTestBitMask(kObstacle);
+  box->setPhysicsBody(body);
+
+  addBall({150, 100}, 5, kObstacle, kCar);  // where it would be unturned
+  frame();
+  EXPECT_TRUE(scene->contacts.empty());
+  auto hit = addBall({100, 150}, 5, kObstacle, kCar);
+  advance(0.02);
+  ASSERT_EQ(scene->contacts.size(), 1u);
+  EXPECT_TRUE(scene->contacts[0].pairs(box, hit));
+}
+
+TEST_F(PhysicsTest, ContactsOfOneStepAreAllDeliveredWhileTheirNodesStayInTheTree) {
+  auto car = addBox({100, 100}, {40, 30}, kCar, kObstacle);
+  auto first = addBall({95, 100}, 5, kObstacle, kCar);
+  auto second = addBall({105, 100}, 5, kObstacle, kCar);
+  // Collecting: each handler removes its own obstacle; both are delivered.
+  scene->onContact = [&](const PhysicsContact& contact) {
+    auto a = contact.bodyA->node(), b = contact.bodyB->node();
+    (a == car ? b : a)->removeFromParent();
+  };
+  frame();
+  EXPECT_EQ(scene->contacts.size(), 2u);
+  EXPECT_TRUE(scene->children().size() == 1 && scene->children()[0] == car);
+}
+
+TEST_F(PhysicsTest, AContactWhoseNodeAHandlerRemovedIsDropped) {
+  auto car = addBox({100, 100}, {40, 30}, kCar, kObstacle);
+  auto first = addBall({95, 100}, 5, kObstacle, kCar);
+  auto second = addBall({105, 100}, 5, kObstacle, kCar);
+  // Whichever obstacle comes first, the handler takes both obstacles away:
+  // the second contact names a node that has left the tree.
+  scene->onContact = [&](const PhysicsContact&) {
+    first->removeFromParent();
+    second->removeFromParent();
+  };
+  frame();
+  EXPECT_EQ(scene->contacts.size(), 1u);
+  advance(0.1);
+  EXPECT_EQ(scene->contacts.size(), 1u);
+  EXPECT_EQ(scene->physicsWorld().bodyCount(), 1u);
+}
+
+TEST_F(PhysicsTest, ABodyLeavesTheWorldWithItsNodeAndComesBackWithIt) {
+  auto layer = addNode({0, 0});
+  auto car = addBox({100, 100}, {40, 30}, kCar, kObstacle);
+  auto obstacle = addBall({100, 300}, 10, kObstacle, kCar);
+  obstacle->removeFromParent();
+  layer->addChild(obstacle);
+  frame();
+  EXPECT_EQ(scene->physicsWorld().bodyCount(), 2u);
+
+  layer->removeFromParent();  // takes the obstacle's body out too
+  obstacle->setPosition({100, 100});
+  advance(0.1);
+  EXPECT_EQ(scene->physicsWorld().bodyCount(), 1u);
+  EXPECT_TRUE(scene->contacts.empty());
+
+  scene->addChild(layer);
+  advance(0.02);
+  EXPECT_EQ(scene->physicsWorld().bodyCount(), 2u);
+  ASSERT_EQ(scene->contacts.size(), 1u);
+
+  obstacle->setPhysicsBody(nullptr);
+  advance(0.02);
+  EXPECT_EQ(scene->physicsWorld().bodyCount(), 1u);
+}
+
+TEST_F(PhysicsTest, MaskChangesApplyFromTheNextFrame) {
+  auto a = addBox({100, 100}, {40, 30}, kCar, 0);
+  auto b = addBox({110, 100}, {40, 30}, kObstacle, 0);
+  frame();
+  advance(0.1);
+  EXPECT_TRUE(scene->contacts.empty());
+  a->physicsBody()->setContactTestBitMask(kObstacle);
+  advance(0.02);
+  ASSERT_EQ(scene->contacts.size(), 1u);
+  EXPECT_TRUE(scene->contacts[0].pairs(a, b));
+}
+
+}  // namespace
+}  // namespace kit::testing
