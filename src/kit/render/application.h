@@ -1,0 +1,190 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kit/foundation/geometry.h"
+#include "kit/foundation/services.h"
+#include "kit/foundation/value.h"
+#include "kit/render/interface_layout.h"
+#include "kit/render/lifecycle.h"
+#include "kit/render/viewport.h"
+
+namespace kit {
+
+class Animator;
+class Application;
+class FrameDriver;
+class RenderWindow;
+class Renderer;
+class SpriteView;
+class Window;
+
+// The application's delegate (the platform's application delegate): the
+// lifecycle calls, all optional, and the window the interface layout made,
+// which the delegate holds (strong) from launch on.
+class ApplicationDelegate {
+ public:
+  virtual ~ApplicationDelegate() = default;
+
+  const std::shared_ptr<Window>& window() const { return window_; }
+  void setWindow(std::shared_ptr<Window> window) { window_ = std::move(window); }
+
+  virtual bool applicationDidFinishLaunchingWithOptions(Application& /*application*/,
+                                                        const Value::Dictionary& /*options*/) {
+    return true;
+  }
+  virtual void applicationWillResignActive(Application& /*application*/) {}
+  virtual void applicationDidEnterBackground(Application& /*application*/) {}
+  virtual void applicationWillEnterForeground(Application& /*application*/) {}
+  virtual void applicationDidBecomeActive(Application& /*application*/) {}
+  virtual void applicationWillTerminate(Application& /*application*/) {}
+
+ private:
+  std::shared_ptr<Window> window_;
+};
+
+struct ApplicationOptions {
+  std::string title = "Twin Lanes";
+  std::filesystem::path resourceDir;  // images/, layout/, strings/ ...
+  std::filesystem::path layoutFile;   // default: resourceDir/layout/main.json
+  std::string profile = "phone";      // a device profile of the layout
+  std::optional<Size> sceneSize;      // replaces the profile's scene size
+  std::filesystem::path prefsDir;     // default: the per-user data folder
+  bool window = true;                 // false: no window at all (headless)
+  bool fullscreen = false;
+  double windowScale = 0;      // window coordinates per point; 0 fits the desktop
+  std::filesystem::path icon;  // the window's icon (PNG)
+};
+
+// The application object (the platform's shared application). It lives in
+// the render module because it owns the desktop window. It owns the services
+// (or borrows given ones), the interface layout's window and controllers,
+// the frame driver of the layout's sprite view, the view animator, and the
+// main loop: input from mouse, touch screen, keyboard and game controller
+// becomes touches routed through the view tree, lifecycle events from the
+// window reach the delegate, and every frame is drawn. Headless, it runs the
+// same objects without SDL. One per process; main thread only.
+class Application {
+ public:
+  // With the real services: system clock, stderr log, preferences in
+  // options.prefsDir (or the per-user data folder), the resources folder,
+  // curl, the desktop's URL opener, this machine's device facts.
+  Application(ApplicationOptions options, std::shared_ptr<ApplicationDelegate> delegate);
+  // With borrowed services (a manual clock for scripted runs); they must
+  // outlive the application.
+  Application(ApplicationOptions options, std::shared_ptr<ApplicationDelegate> delegate,
+              const Services& services);
+  ~Application();
+  Application(const Application&) = delete;
+  Application& operator=(const Application&) = delete;
+
+  // Classes of view controllers the layout may name, besides the built-in
+  // NavigationController. Register before launch.
+  void registerViewControllerClass(std::string name, InterfaceLayout::ControllerFactory factory);
+
+  // Loads the layout, opens the window (unless headless), hands the window
+  // to the delegate, sends applicationDidFinishLaunchingWithOptions, puts the
+  // root controller on screen (its viewDidLoad runs) and sends
+  // applicationDidBecomeActive. False with a one-line reason when there is
+  // no display or no usable layout; nothing else is wrong then.
+  bool launch(std::string* error);
+
+  // The main loop, after launch: one frame per display refresh (paced when
+  // presenting does not wait), idle while the window is minimised, until
+  // quit(), Escape or the window's close button; then terminate(). Returns
+  // the process's exit status. `frameLimit` stops it after that many frames.
+  int run(std::optional<uint64_t> frameLimit = std::nullopt);
+  // One pass of the loop without pacing: window events and input, the frame
+  // (touches, timers, update, actions, physics), the view animations, drawing.
+  void runFrame();
+  // The second half of a frame, for drivers that run the frame driver
+  // themselves: view animations, then drawing and presenting.
+  void finishFrame();
+  // Reads the window's events and queues the input they carry (also done by
+  // runFrame).
+  void pollEvents();
+  void quit() { quitRequested_ = true; }
+  bool quitRequested() const { return quitRequested_; }
+  // applicationWillTerminate, then the preferences are written. Once.
+  void terminate();
+
+  // --- Input, as a player gives it ---------------------------------------------
+  //
+  // Touches are in window points (the view tree's coordinates). Each call is
+  // one event: fingers that landed together. Each touch goes to the topmost
+  // view under it: the sprite view passes it to its scene (in scene points,
+  // all of the event's scene touches as one event), a TouchReceiver handles
+  // it, any other view swallows it.
+  void touchesBegan(const std::vector<Point>& windowPoints);
+  // A tap on the left half, the right half or both (one event), for keys.
+  // Nothing happens while another view covers the scene there.
+  void tapHalves(bool left, bool right);
+  // The visible primary button (play, play again), through the hook.
+  void pressPrimary();
+  // Answers where the primary button is, in scene points, or nothing when
+  // none is up. Set by the host, which knows its scene.
+  using PrimaryButtonHook = std::function<std::optional<Point>()>;
+  void setPrimaryButtonHook(PrimaryButtonHook hook) { primaryHook_ = std::move(hook); }
+
+  // --- Lifecycle reports (from the window, or from tests) ---------------------------
+  void windowFocusChanged(bool focused);
+  void windowVisibilityChanged(bool visible);
+  const Lifecycle& lifecycle() const { return lifecycle_; }
+
+  // --- Screen -----------------------------------------------------------------
+  bool hasWindow() const { return renderWindow_ != nullptr; }
+  void toggleFullscreen();
+  // Draws the current state and saves it as a PNG (needs a window).
+  bool saveScreenshot(const std::filesystem::path& file, std::string* error);
+  // Where the content lands in the window; a 1:1 mapping headless.
+  Viewport viewport() const;
+  RenderWindow* renderWindow() const { return renderWindow_.get(); }
+  Renderer* renderer() const { return renderer_.get(); }
+
+  // --- What the application holds -----------------------------------------------
+  const Services& services() const { return services_; }
+  const ApplicationOptions& options() const { return options_; }
+  const std::shared_ptr<ApplicationDelegate>& delegate() const { return delegate_; }
+  const DeviceProfile& profile() const { return instance_->profile; }
+  // Null before launch.
+  std::shared_ptr<Window> window() const;
+  std::shared_ptr<SpriteView> spriteView() const;
+  FrameDriver& frameDriver();
+  Animator& animator();
+
+ private:
+  struct OwnedServices;
+
+  void init();
+  void send(const std::vector<Lifecycle::Call>& calls);
+  void syncScene();
+  void updateScreen();
+  bool sceneCoveredAt(Point scenePoint);
+  std::optional<Point> windowPointOfScene(Point scenePoint) const;
+
+  ApplicationOptions options_;
+  std::shared_ptr<ApplicationDelegate> delegate_;
+  std::unique_ptr<OwnedServices> owned_;
+  Services services_;
+  std::unique_ptr<FrameDriver> frameDriver_;
+  std::unique_ptr<Animator> animator_;
+  InterfaceLayout::ControllerClasses classes_;
+  std::optional<InterfaceLayout::Instance> instance_;
+  std::unique_ptr<RenderWindow> renderWindow_;
+  std::unique_ptr<Renderer> renderer_;
+  Lifecycle lifecycle_;
+  PrimaryButtonHook primaryHook_;
+  struct Controllers;
+  std::unique_ptr<Controllers> controllers_;
+  bool launched_ = false;
+  bool terminated_ = false;
+  bool quitRequested_ = false;
+};
+
+}  // namespace kit

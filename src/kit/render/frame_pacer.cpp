@@ -1,0 +1,24 @@
+#include "kit/render/frame_pacer.h"
+
+namespace kit {
+namespace {
+
+// Below this a wait is not worth a sleep: the scheduler would overshoot it.
+constexpr int64_t kShortestSleep = 500'000;
+
+}  // namespace
+
+void FramePacer::setRefreshRate(int hertz) {
+  setPeriod(hertz > 0 ? 1'000'000'000 / hertz : kDefaultPeriod);
+}
+
+void FramePacer::setPeriod(int64_t periodNanos) {
+  period_ = periodNanos > 0 ? periodNanos : kDefaultPeriod;
+}
+
+int64_t FramePacer::sleepAfterFrame(int64_t frameStart, int64_t now) const {
+  const int64_t left = frameStart + period_ - now;
+  return left >= kShortestSleep ? left : 0;
+}
+
+}  // namespace kit

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "kit/foundation/log.h"
+
+struct SDL_Renderer;
+struct SDL_Texture;
+
+namespace kit {
+
+struct TextureDeleter {
+  void operator()(SDL_Texture* texture) const;
+};
+using TexturePtr = std::unique_ptr<SDL_Texture, TextureDeleter>;
+
+// A texture from straight RGBA pixels (rows top to bottom), in the format
+// the software renderer blits fastest. Null for an empty bitmap.
+TexturePtr makeTexture(SDL_Renderer* renderer, const uint8_t* rgba, int width, int height);
+
+// The named images of the application as textures: SVGs rasterised at the
+// pixel size they are drawn (each size once, then reused), PNGs decoded once
+// at their own size and scaled when drawn. A name that resolves to nothing,
+// or whose file cannot be read, is logged once and then drawn as nothing.
+class ImageLibrary {
+ public:
+  using Resolver = std::function<std::optional<std::filesystem::path>(std::string_view)>;
+
+  struct Sized {
+    SDL_Texture* texture = nullptr;
+    int width = 0;  // pixels of the texture, which may differ from the request
+    int height = 0;
+    bool opaque = false;  // every pixel has alpha 255
+  };
+
+  // Largest side, in pixels, an image is rasterised at.
+  static constexpr int kLargestSide = 4096;
+
+  ImageLibrary(SDL_Renderer* renderer, Resolver resolver, Log& log);
+  ~ImageLibrary();
+  ImageLibrary(const ImageLibrary&) = delete;
+  ImageLibrary& operator=(const ImageLibrary&) = delete;
+
+  // The image `name` for a box of `width` × `height` pixels, marked as used
+  // in frame `frame`; nullptr when the image cannot be had. The answer is
+  // valid until the next call.
+  const Sized* get(const std::string& name, int width, int height, uint64_t frame);
+
+  // Releases sizes not used since frame `oldestKept`.
+  void releaseUnused(uint64_t oldestKept);
+  size_t textureCount() const;
+  uint64_t rasterizations() const { return rasterizations_; }
+
+ private:
+  struct Entry;
+  struct Source;
+  Source* source(const std::string& name);
+  std::optional<Entry> rasterize(Source& source, int width, int height);
+
+  SDL_Renderer* renderer_;
+  Resolver resolver_;
+  Log& log_;
+  std::unordered_map<std::string, std::unique_ptr<Source>> sources_;
+  uint64_t rasterizations_ = 0;
+};
+
+}  // namespace kit

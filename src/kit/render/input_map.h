@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+
+namespace kit {
+
+// What a key or a game-controller button means to the application, for
+// players without a mouse or a touch screen: a tap on the left or the right
+// half of the scene, the visible primary button, and the window's own keys.
+enum class InputAction {
+  None,
+  TapLeft,           // Left, A; d-pad left, left shoulder
+  TapRight,          // Right, D, L; d-pad right, right shoulder
+  Primary,           // Space, Enter; controller A, Start
+  Quit,              // Escape
+  ToggleFullscreen,  // F11, Alt+Enter
+};
+
+// `keycode` and `modifiers` are SDL's (SDL_Keycode, SDL_Keymod).
+InputAction actionForKey(int32_t keycode, uint16_t modifiers);
+// `button` is an SDL_GameControllerButton.
+InputAction actionForControllerButton(int button);
+
+}  // namespace kit

@@ -1,0 +1,187 @@
+#include "kit/render/panel_bitmap.h"
+
+#include <cairo.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+
+namespace kit {
+namespace {
+
+constexpr int kLargestSide = 4096;
+
+void roundedRect(cairo_t* cr, double x, double y, double w, double h, double r) {
+  r = std::clamp(r, 0.0, std::min(w, h) / 2);
+  if (r <= 0) {
+    cairo_rectangle(cr, x, y, w, h);
+    return;
+  }
+  cairo_new_sub_path(cr);
+  cairo_arc(cr, x + w - r, y + r, r, -M_PI / 2, 0);
+  cairo_arc(cr, x + w - r, y + h - r, r, 0, M_PI / 2);
+  cairo_arc(cr, x + r, y + h - r, r, M_PI / 2, M_PI);
+  cairo_arc(cr, x + r, y + r, r, M_PI, 3 * M_PI / 2);
+  cairo_close_path(cr);
+}
+
+// Three box blurs approximate a Gaussian; applied to an alpha-only plane.
+void boxBlur(std::vector<float>& plane, int w, int h, int radius) {
+  if (radius <= 0)
+    return;
+  std::vector<float> tmp(plane.size());
+  const float norm = 1.0f / static_cast<float>(2 * radius + 1);
+  auto pass = [&](const std::vector<float>& src, std::vector<float>& dst, bool horizontal) {
+    const int lines = horizontal ? h : w, length = horizontal ? w : h;
+    for (int line = 0; line < lines; ++line) {
+      auto at = [&](int i) -> size_t {
+        return horizontal ? static_cast<size_t>(line) * w + i : static_cast<size_t>(i) * w + line;
+      };
+      float sum = 0;
+      for (int i = -radius; i <= radius; ++i)
+        sum += (i >= 0 && i < length) ? src[at(i)] : 0;
+      for (int i = 0; i < length; ++i) {
+        dst[at(i)] = sum * norm;
+        const int out = i - radius, in = i + radius + 1;
+        if (out >= 0)
+          sum -= src[at(out)];
+        if (in < length)
+          sum += src[at(in)];
+      }
+    }
+  };
+  for (int round = 0; round < 3; ++round) {
+    pass(plane, tmp, true);
+    pass(tmp, plane, false);
+  }
+}
+
+}  // namespace
+
+void unpremultiply(const uint8_t* argb, int width, int height, int stride, uint8_t* rgbaOut) {
+  for (int row = 0; row < height; ++row) {
+    const auto* src =
+        reinterpret_cast<const uint32_t*>(argb + static_cast<ptrdiff_t>(row) * stride);
+    uint8_t* dst = rgbaOut + static_cast<size_t>(row) * width * 4;
+    for (int col = 0; col < width; ++col) {
+      const uint32_t p = src[col];
+      const uint32_t a = p >> 24;
+      uint8_t* out = dst + col * 4;
+      if (a == 0) {
+        std::memset(out, 0, 4);
+        continue;
+      }
+      const auto straight = [a](uint32_t c) {
+        return static_cast<uint8_t>(std::min<uint32_t>(255, (c * 255 + a / 2) / a));
+      };
+      out[0] = straight((p >> 16) & 0xff);
+      out[1] = straight((p >> 8) & 0xff);
+      out[2] = straight(p & 0xff);
+      out[3] = static_cast<uint8_t>(a);
+    }
+  }
+}
+
+PanelBitmap rasterizePanel(const PanelStyle& style, double scale) {
+  PanelBitmap out;
+  if (!(scale > 0) || !std::isfinite(scale))
+    return out;
+  const double w = style.size.width * scale, h = style.size.height * scale;
+  if (!(w >= 1) || !(h >= 1) || w > kLargestSide || h > kLargestSide)
+    return out;
+
+  const bool shadow = style.hasShadow();
+  const int blur =
+      shadow ? static_cast<int>(std::ceil(std::max(0.0, style.shadowRadius) * scale)) : 0;
+  const double dx = shadow ? style.shadowOffset.width * scale : 0;
+  const double dy = shadow ? style.shadowOffset.height * scale : 0;
+  // Room for the shadow on each side.
+  const double left = shadow ? std::max(0.0, 2 * blur - dx) : 0;
+  const double top = shadow ? std::max(0.0, 2 * blur - dy) : 0;
+  const double right = shadow ? std::max(0.0, 2 * blur + dx) : 0;
+  const double bottom = shadow ? std::max(0.0, 2 * blur + dy) : 0;
+  out.width = static_cast<int>(std::ceil(left + w + right));
+  out.height = static_cast<int>(std::ceil(top + h + bottom));
+  if (out.width > kLargestSide || out.height > kLargestSide)
+    return {};
+  out.origin = {std::ceil(left), std::ceil(top)};
+  const double r = std::max(0.0, style.cornerRadius) * scale;
+
+  cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, out.width, out.height);
+  cairo_t* cr = cairo_create(surface);
+  if (shadow) {
+    // The shape's coverage, blurred, tinted with the shadow colour.
+    cairo_surface_t* mask = cairo_image_surface_create(CAIRO_FORMAT_A8, out.width, out.height);
+    cairo_t* mcr = cairo_create(mask);
+    roundedRect(mcr, out.origin.x + dx, out.origin.y + dy, w, h, r);
+    cairo_set_source_rgba(mcr, 0, 0, 0, 1);
+    cairo_fill(mcr);
+    cairo_destroy(mcr);
+    cairo_surface_flush(mask);
+    std::vector<float> plane(static_cast<size_t>(out.width) * out.height);
+    const unsigned char* m = cairo_image_surface_get_data(mask);
+    const int mstride = cairo_image_surface_get_stride(mask);
+    for (int y = 0; y < out.height; ++y)
+      for (int x = 0; x < out.width; ++x)
+        plane[static_cast<size_t>(y) * out.width + x] = m[y * mstride + x] / 255.0f;
+    boxBlur(plane, out.width, out.height, std::max(1, blur / 2));
+    unsigned char* md = cairo_image_surface_get_data(mask);
+    for (int y = 0; y < out.height; ++y)
+      for (int x = 0; x < out.width; ++x)
+        md[y * mstride + x] = static_cast<unsigned char>(
+            std::lround(plane[static_cast<size_t>(y) * out.width + x] * 255));
+    cairo_surface_mark_dirty(mask);
+    const Color c = style.shadowColor;
+    cairo_set_source_rgba(cr, c.red, c.green, c.blue,
+                          std::clamp(c.alpha * style.shadowOpacity, 0.0, 1.0));
+    cairo_mask_surface(cr, mask, 0, 0);
+    cairo_surface_destroy(mask);
+  }
+  if (style.fill.alpha > 0) {
+    roundedRect(cr, out.origin.x, out.origin.y, w, h, r);
+    cairo_set_source_rgba(cr, style.fill.red, style.fill.green, style.fill.blue, style.fill.alpha);
+    cairo_fill(cr);
+  }
+  cairo_destroy(cr);
+  cairo_surface_flush(surface);
+  out.rgba.resize(static_cast<size_t>(out.width) * out.height * 4);
+  unpremultiply(cairo_image_surface_get_data(surface), out.width, out.height,
+                cairo_image_surface_get_stride(surface), out.rgba.data());
+  cairo_surface_destroy(surface);
+  return out;
+}
+
+PanelBitmap rasterizeSpinner(double side, double scale, Color color, int spokes) {
+  PanelBitmap out;
+  if (!(scale > 0) || !(side > 0) || spokes <= 0)
+    return out;
+  const double px = side * scale;
+  if (!(px >= 1) || px > kLargestSide)
+    return out;
+  out.width = out.height = static_cast<int>(std::ceil(px));
+  cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, out.width, out.height);
+  cairo_t* cr = cairo_create(surface);
+  cairo_translate(cr, out.width / 2.0, out.height / 2.0);
+  cairo_set_line_cap(cr, CAIRO_LINE_CAP_ROUND);
+  cairo_set_line_width(cr, px * 0.09);
+  for (int i = 0; i < spokes; ++i) {
+    const double fade = 1.0 - 0.8 * i / spokes;
+    cairo_save(cr);
+    cairo_rotate(cr, -2 * M_PI * i / spokes);
+    cairo_move_to(cr, 0, -px * 0.22);
+    cairo_line_to(cr, 0, -px * 0.44);
+    cairo_set_source_rgba(cr, color.red, color.green, color.blue, color.alpha * fade);
+    cairo_stroke(cr);
+    cairo_restore(cr);
+  }
+  cairo_destroy(cr);
+  cairo_surface_flush(surface);
+  out.rgba.resize(static_cast<size_t>(out.width) * out.height * 4);
+  unpremultiply(cairo_image_surface_get_data(surface), out.width, out.height,
+                cairo_image_surface_get_stride(surface), out.rgba.data());
+  cairo_surface_destroy(surface);
+  return out;
+}
+
+}  // namespace kit

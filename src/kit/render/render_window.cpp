@@ -1,0 +1,169 @@
+#include "kit/render/render_window.h"
+
+#include <SDL.h>
+#include <SDL_image.h>
+
+#include <cmath>
+
+namespace kit {
+namespace {
+
+void fail(std::string* error, const std::string& what) {
+  if (error)
+    *error = what + ": " + SDL_GetError();
+}
+
+}  // namespace
+
+void applyVideoHints(const std::string& appName) {
+  SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
+  SDL_SetHint(SDL_HINT_RENDER_DRIVER, "software");
+  SDL_SetHint(SDL_HINT_TOUCH_MOUSE_EVENTS, "0");
+  SDL_SetHint(SDL_HINT_MOUSE_TOUCH_EVENTS, "0");
+  SDL_SetHint(SDL_HINT_APP_NAME, appName.c_str());
+  // Keep the desktop's compositor running and the screen saver usable.
+  SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
+}
+
+std::unique_ptr<RenderWindow> RenderWindow::open(const WindowOptions& options, std::string* error) {
+  applyVideoHints(options.title);
+  SDL_ClearError();
+  if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0) {
+    fail(error, "no display available");
+    return nullptr;
+  }
+  std::unique_ptr<RenderWindow> w(new RenderWindow());
+  w->content_ = options.content;
+
+  double scale = options.scale;
+  if (!(scale > 0) || !std::isfinite(scale)) {
+    SDL_Rect usable{0, 0, 1024, 768};
+    if (SDL_GetDisplayUsableBounds(0, &usable) != 0)
+      SDL_GetDisplayBounds(0, &usable);
+    scale = openingScale(options.content, {double(usable.w), double(usable.h)}, kDesktopMargin);
+  }
+  const int width = std::max(1, static_cast<int>(std::lround(options.content.width * scale)));
+  const int height = std::max(1, static_cast<int>(std::lround(options.content.height * scale)));
+  Uint32 flags = SDL_WINDOW_RESIZABLE | SDL_WINDOW_ALLOW_HIGHDPI | SDL_WINDOW_HIDDEN;
+  if (options.fullscreen)
+    flags |= SDL_WINDOW_FULLSCREEN_DESKTOP;
+  w->window_ = SDL_CreateWindow(options.title.c_str(), SDL_WINDOWPOS_CENTERED,
+                                SDL_WINDOWPOS_CENTERED, width, height, flags);
+  if (!w->window_) {
+    fail(error, "cannot open a window");
+    return nullptr;
+  }
+  SDL_SetWindowMinimumSize(w->window_, std::max(1, width / 4), std::max(1, height / 4));
+  if (!options.icon.empty()) {
+    if (SDL_Surface* icon = IMG_Load(options.icon.c_str())) {
+      SDL_SetWindowIcon(w->window_, icon);
+      SDL_FreeSurface(icon);
+    }
+  }
+  w->renderer_ =
+      SDL_CreateRenderer(w->window_, -1, SDL_RENDERER_SOFTWARE | SDL_RENDERER_PRESENTVSYNC);
+  if (!w->renderer_)
+    w->renderer_ = SDL_CreateRenderer(w->window_, -1, SDL_RENDERER_SOFTWARE);
+  if (!w->renderer_) {
+    fail(error, "cannot create a renderer");
+    return nullptr;
+  }
+  SDL_SetRenderDrawBlendMode(w->renderer_, SDL_BLENDMODE_BLEND);
+  SDL_ShowWindow(w->window_);
+  return w;
+}
+
+RenderWindow::~RenderWindow() {
+  if (renderer_)
+    SDL_DestroyRenderer(renderer_);
+  if (window_)
+    SDL_DestroyWindow(window_);
+  SDL_QuitSubSystem(SDL_INIT_VIDEO);
+}
+
+uint32_t RenderWindow::windowId() const {
+  return SDL_GetWindowID(window_);
+}
+
+Size RenderWindow::windowSize() const {
+  int w = 0, h = 0;
+  SDL_GetWindowSize(window_, &w, &h);
+  return {double(w), double(h)};
+}
+
+Size RenderWindow::pixelSize() const {
+  int w = 0, h = 0;
+  if (SDL_GetRendererOutputSize(renderer_, &w, &h) != 0)
+    SDL_GetWindowSize(window_, &w, &h);
+  return {double(w), double(h)};
+}
+
+Viewport RenderWindow::viewport() const {
+  const Size win = windowSize(), px = pixelSize();
+  const double density = win.width > 0 ? px.width / win.width : 1;
+  return Viewport::fit(content_, win, density);
+}
+
+int RenderWindow::refreshRate() const {
+  SDL_DisplayMode mode;
+  const int display = SDL_GetWindowDisplayIndex(window_);
+  if (SDL_GetCurrentDisplayMode(display < 0 ? 0 : display, &mode) != 0)
+    return 0;
+  return mode.refresh_rate;
+}
+
+bool RenderWindow::isVisible() const {
+  const Uint32 flags = SDL_GetWindowFlags(window_);
+  return (flags & SDL_WINDOW_SHOWN) && !(flags & (SDL_WINDOW_MINIMIZED | SDL_WINDOW_HIDDEN));
+}
+
+bool RenderWindow::isFullscreen() const {
+  return (SDL_GetWindowFlags(window_) & SDL_WINDOW_FULLSCREEN_DESKTOP) != 0;
+}
+
+void RenderWindow::setFullscreen(bool on) {
+  SDL_SetWindowFullscreen(window_, on ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0);
+}
+
+void RenderWindow::present() {
+  SDL_RenderPresent(renderer_);
+}
+
+std::vector<uint8_t> RenderWindow::readPixels(int* width, int* height) const {
+  const Size px = pixelSize();
+  const int w = static_cast<int>(px.width), h = static_cast<int>(px.height);
+  std::vector<uint8_t> rgba(static_cast<size_t>(w) * h * 4);
+  if (SDL_RenderReadPixels(renderer_, nullptr, SDL_PIXELFORMAT_RGBA32, rgba.data(), w * 4) != 0) {
+    rgba.clear();
+  }
+  if (width)
+    *width = rgba.empty() ? 0 : w;
+  if (height)
+    *height = rgba.empty() ? 0 : h;
+  return rgba;
+}
+
+bool RenderWindow::saveScreenshot(const std::filesystem::path& file, std::string* error) const {
+  int w = 0, h = 0;
+  std::vector<uint8_t> rgba = readPixels(&w, &h);
+  if (rgba.empty()) {
+    fail(error, "cannot read the window's pixels");
+    return false;
+  }
+  // Screenshots are opaque, as the screen is.
+  for (size_t i = 3; i < rgba.size(); i += 4)
+    rgba[i] = 255;
+  SDL_Surface* surface =
+      SDL_CreateRGBSurfaceWithFormatFrom(rgba.data(), w, h, 32, w * 4, SDL_PIXELFORMAT_RGBA32);
+  if (!surface) {
+    fail(error, "cannot make a surface");
+    return false;
+  }
+  const bool ok = IMG_SavePNG(surface, file.c_str()) == 0;
+  SDL_FreeSurface(surface);
+  if (!ok)
+    fail(error, "cannot write " + file.string());
+  return ok;
+}
+
+}  // namespace kit

@@ -1,0 +1,279 @@
+// The application with a real window (SDL's dummy driver): launch order,
+// input from mouse, touch screen and keyboard routed through the view tree,
+// lifecycle events, quitting.
+#include <SDL.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "kit/foundation/headless_platform.h"
+#include "kit/foundation/temp_dir.h"
+#include "kit/render/application.h"
+#include "kit/render/sprite_view.h"
+#include "kit/render/touch_receiver.h"
+#include "kit/scene/frame_driver.h"
+#include "kit/ui/view_controller.h"
+#include "kit/ui/window.h"
+
+namespace kit {
+namespace {
+
+class TouchScene : public Scene {
+ public:
+  using Scene::Scene;
+  void touchesBegan(const TouchSet& touches, const Event*) override {
+    std::vector<Point> points;
+    for (const Touch& t : touches)
+      points.push_back(t.locationInScene());
+    events.push_back(points);
+  }
+  std::vector<std::vector<Point>> events;
+};
+
+// The host controller of the test layout: its sprite view shows a scene of
+// its own size.
+class HostController : public ViewController, public OutletTarget {
+ public:
+  void setOutlet(const std::string&, std::shared_ptr<View>) override {}
+  void viewDidLoad() override {
+    auto sprite = std::static_pointer_cast<SpriteView>(view());
+    scene = std::make_shared<TouchScene>(sprite->bounds().size);
+    scene->setScaleMode(SceneScaleMode::AspectFill);
+    sprite->presentScene(scene);
+  }
+  std::shared_ptr<TouchScene> scene;
+};
+
+class RecordingDelegate : public ApplicationDelegate {
+ public:
+  bool applicationDidFinishLaunchingWithOptions(Application&, const Value::Dictionary&) override {
+    calls.push_back("didFinishLaunching");
+    windowAtLaunch = window() != nullptr;
+    return true;
+  }
+  void applicationWillResignActive(Application&) override { calls.push_back("willResignActive"); }
+  void applicationDidEnterBackground(Application&) override {
+    calls.push_back("didEnterBackground");
+  }
+  void applicationWillEnterForeground(Application&) override {
+    calls.push_back("willEnterForeground");
+  }
+  void applicationDidBecomeActive(Application&) override { calls.push_back("didBecomeActive"); }
+  void applicationWillTerminate(Application&) override { calls.push_back("willTerminate"); }
+  std::vector<std::string> calls;
+  bool windowAtLaunch = false;
+};
+
+class Catcher : public View, public TouchReceiver {
+ public:
+  using View::View;
+  void touchesBegan(const std::vector<Point>& points) override { caught.push_back(points); }
+  std::vector<std::vector<Point>> caught;
+};
+
+class ApplicationTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!std::getenv("SDL_VIDEODRIVER"))
+      SDL_SetHint(SDL_HINT_VIDEODRIVER, "dummy");
+    ApplicationOptions options;
+    options.resourceDir = TWINLANES_RESOURCES;
+    options.windowScale = 1;
+    delegate = std::make_shared<RecordingDelegate>();
+    app = std::make_unique<Application>(options, delegate, platform.services());
+    app->registerViewControllerClass("ViewController", [this] {
+      host = std::make_shared<HostController>();
+      return host;
+    });
+    std::string error;
+    ASSERT_TRUE(app->launch(&error)) << error;
+  }
+
+  // Pushes SDL events as the desktop would deliver them, then runs a frame.
+  void push(SDL_Event e) { ASSERT_EQ(SDL_PushEvent(&e), 1); }
+  void click(int x, int y, uint32_t which = 0) {
+    SDL_Event e{};
+    e.type = SDL_MOUSEBUTTONDOWN;
+    e.button.button = SDL_BUTTON_LEFT;
+    e.button.which = which;
+    e.button.x = x;
+    e.button.y = y;
+    push(e);
+  }
+  void finger(double x, double y, SDL_FingerID id, SDL_TouchID device = 1) {
+    SDL_Event e{};
+    e.type = SDL_FINGERDOWN;
+    e.tfinger.touchId = device;
+    e.tfinger.fingerId = id;
+    e.tfinger.x = static_cast<float>(x / 320);
+    e.tfinger.y = static_cast<float>(y / 618);
+    push(e);
+  }
+  void key(SDL_Keycode sym, uint16_t mod = 0) {
+    SDL_Event e{};
+    e.type = SDL_KEYDOWN;
+    e.key.keysym.sym = sym;
+    e.key.keysym.mod = mod;
+    push(e);
+  }
+  void windowEvent(SDL_WindowEventID id) {
+    SDL_Event e{};
+    e.type = SDL_WINDOWEVENT;
+    e.window.event = id;
+    e.window.windowID = 1;
+    push(e);
+  }
+  const std::vector<std::vector<Point>>& sceneEvents() const { return host->scene->events; }
+
+  TempDir prefs{"twinlanes-app-test"};
+  HeadlessPlatform platform{prefs.path(), TWINLANES_RESOURCES};
+  std::shared_ptr<RecordingDelegate> delegate;
+  std::shared_ptr<HostController> host;
+  std::unique_ptr<Application> app;
+};
+
+TEST_F(ApplicationTest, LaunchHandsTheWindowToTheDelegateThenLoadsTheHost) {
+  EXPECT_TRUE(delegate->windowAtLaunch);
+  EXPECT_EQ(delegate->window(), app->window());
+  EXPECT_EQ(delegate->calls, (std::vector<std::string>{"didFinishLaunching", "didBecomeActive"}));
+  ASSERT_TRUE(host && host->scene);
+  EXPECT_EQ(host->scene->size(), (Size{320, 568}));
+  EXPECT_EQ(app->frameDriver().scene(), host->scene);
+  EXPECT_EQ(platform.device.screenHeight, 618);
+}
+
+TEST_F(ApplicationTest, ClicksAndFingersBecomeSceneTouchesWithTheSceneUpsideUp) {
+  click(80, 100);
+  app->runFrame();
+  app->runFrame();
+  ASSERT_EQ(sceneEvents().size(), 1u);
+  EXPECT_EQ(sceneEvents()[0], (std::vector<Point>{{80, 468}}));
+  // Two fingers landing in the same frame are one event.
+  finger(40, 300, 1);
+  finger(280, 300, 2);
+  app->runFrame();
+  ASSERT_EQ(sceneEvents().size(), 2u);
+  EXPECT_EQ(sceneEvents()[1].size(), 2u);
+}
+
+TEST_F(ApplicationTest, MouseEventsMadeFromTouchesAndTouchesMadeFromTheMouseCountOnce) {
+  finger(100, 100, 1);
+  click(100, 100, SDL_TOUCH_MOUSEID);
+  finger(200, 100, 0, SDL_MOUSE_TOUCHID);
+  click(200, 100);
+  app->runFrame();
+  ASSERT_EQ(sceneEvents().size(), 1u);
+  EXPECT_EQ(sceneEvents()[0].size(), 2u);
+}
+
+TEST_F(ApplicationTest, TouchesInTheBannerStripNeverReachTheScene) {
+  click(160, 600);
+  finger(10, 590, 1);
+  app->runFrame();
+  EXPECT_TRUE(sceneEvents().empty());
+}
+
+TEST_F(ApplicationTest, AViewThatHandlesTouchesTakesThemBeforeTheScene) {
+  auto catcher = std::make_shared<Catcher>(Rect{{100, 100}, {50, 50}});
+  app->spriteView()->addSubview(catcher);
+  click(110, 120);
+  click(10, 10);
+  app->runFrame();
+  ASSERT_EQ(catcher->caught.size(), 1u);
+  EXPECT_EQ(catcher->caught[0], (std::vector<Point>{{10, 20}}));
+  ASSERT_EQ(sceneEvents().size(), 1u);  // the other click of the event
+  EXPECT_EQ(sceneEvents()[0].size(), 1u);
+}
+
+TEST_F(ApplicationTest, ArrowKeysTapTheHalvesAndBothInOneFrameAreOneEvent) {
+  key(SDLK_LEFT);
+  app->runFrame();
+  ASSERT_EQ(sceneEvents().size(), 1u);
+  EXPECT_LT(sceneEvents()[0][0].x, 160);
+  key(SDLK_a);
+  key(SDLK_l);
+  app->runFrame();
+  ASSERT_EQ(sceneEvents().size(), 2u);
+  ASSERT_EQ(sceneEvents()[1].size(), 2u);
+  EXPECT_LT(sceneEvents()[1][0].x, 160);
+  EXPECT_GT(sceneEvents()[1][1].x, 160);
+}
+
+TEST_F(ApplicationTest, KeysDoNotReachASceneThatAViewCovers) {
+  auto cover = std::make_shared<View>(Rect{{0, 0}, {320, 568}});
+  app->window()->addSubview(cover);
+  key(SDLK_LEFT);
+  key(SDLK_SPACE);
+  app->setPrimaryButtonHook([] { return Point{160, 284}; });
+  app->runFrame();
+  EXPECT_TRUE(sceneEvents().empty());
+}
+
+TEST_F(ApplicationTest, SpaceAndEnterPressTheButtonTheHostPointsAt) {
+  key(SDLK_SPACE);
+  app->runFrame();
+  EXPECT_TRUE(sceneEvents().empty());  // no hook, no button
+  std::optional<Point> button = Point{160, 284};
+  app->setPrimaryButtonHook([&] { return button; });
+  key(SDLK_RETURN);
+  app->runFrame();
+  ASSERT_EQ(sceneEvents().size(), 1u);
+  EXPECT_EQ(sceneEvents()[0], (std::vector<Point>{{160, 284}}));
+  button.reset();
+  key(SDLK_SPACE);
+  key(SDLK_RETURN, KMOD_LALT);  // fullscreen, never play
+  app->runFrame();
+  EXPECT_EQ(sceneEvents().size(), 1u);
+}
+
+TEST_F(ApplicationTest, MinimiseAndRestoreReachTheDelegateInOrder) {
+  delegate->calls.clear();
+  windowEvent(SDL_WINDOWEVENT_MINIMIZED);
+  app->pollEvents();
+  windowEvent(SDL_WINDOWEVENT_RESTORED);
+  windowEvent(SDL_WINDOWEVENT_FOCUS_LOST);
+  app->pollEvents();
+  EXPECT_EQ(delegate->calls, (std::vector<std::string>{"willResignActive", "didEnterBackground",
+                                                       "willEnterForeground", "didBecomeActive",
+                                                       "willResignActive"}));
+}
+
+TEST_F(ApplicationTest, EscapeQuitsAndTerminationWritesThePreferencesOnce) {
+  platform.defaults.setInteger(7, "best");
+  key(SDLK_ESCAPE);
+  app->runFrame();
+  EXPECT_TRUE(app->quitRequested());
+  EXPECT_EQ(app->run(), 0);  // returns at once, terminating
+  app->terminate();
+  EXPECT_EQ(std::count(delegate->calls.begin(), delegate->calls.end(), "willTerminate"), 1);
+  std::ifstream file(platform.defaults.filePath());
+  const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  EXPECT_NE(text.find("\"best\""), std::string::npos) << text;
+}
+
+TEST_F(ApplicationTest, AScreenshotIsAPngOfTheWholeWindow) {
+  const auto file = prefs.path() / "shot.png";
+  std::string error;
+  ASSERT_TRUE(app->saveScreenshot(file, &error)) << error;
+  std::ifstream in(file, std::ios::binary);
+  char signature[8] = {};
+  in.read(signature, 8);
+  EXPECT_EQ(std::string(signature + 1, 3), "PNG");
+}
+
+TEST(ApplicationWithoutDisplay, LaunchSaysSoAndNothingCrashes) {
+  SDL_SetHintWithPriority(SDL_HINT_VIDEODRIVER, "no-such-display", SDL_HINT_OVERRIDE);
+  TempDir prefs{"twinlanes-app-test"};
+  HeadlessPlatform platform{prefs.path(), TWINLANES_RESOURCES};
+  ApplicationOptions options;
+  options.resourceDir = TWINLANES_RESOURCES;
+  Application app(options, std::make_shared<ApplicationDelegate>(), platform.services());
+  std::string error;
+  EXPECT_FALSE(app.launch(&error));
+  EXPECT_NE(error.find("no display"), std::string::npos) << error;
+  SDL_ResetHint(SDL_HINT_VIDEODRIVER);
+}
+
+}  // namespace
+}  // namespace kit
