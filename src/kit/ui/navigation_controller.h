@@ -8,12 +8,13 @@
 namespace kit {
 
 // A stack of child controllers whose top one's view fills this controller's
-// view. It forwards its own appearance calls to the top controller. Pushing
-// and popping swap the views at once (the animated flag only reaches the
-// appearance calls).
+// view. It owns its children and forwards its own appearance calls to the top
+// one. Pushing and popping swap the views at once (the animated flag only
+// reaches the appearance calls, which are sent while the view is in a window).
 class NavigationController : public ViewController {
  public:
   explicit NavigationController(std::shared_ptr<ViewController> rootViewController);
+  ~NavigationController() override;
 
   const std::vector<std::shared_ptr<ViewController>>& viewControllers() const { return stack_; }
   std::shared_ptr<ViewController> topViewController() const;
@@ -25,6 +26,7 @@ class NavigationController : public ViewController {
   // Pops and returns the top controller; the root stays (nullptr then).
   std::shared_ptr<ViewController> popViewControllerAnimated(bool animated);
 
+  void loadView() override;
   void viewWillAppear(bool animated) override;
   void viewDidAppear(bool animated) override;
   void viewWillDisappear(bool animated) override;

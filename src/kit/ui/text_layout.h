@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <limits>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -59,10 +58,6 @@ struct TextBitmap {
 class TextLayout {
  public:
   explicit TextLayout(TextBlock block);
-  ~TextLayout();
-  TextLayout(TextLayout&&) noexcept;
-  TextLayout& operator=(TextLayout&&) noexcept;
-
   const TextBlock& block() const { return block_; }
   // Whole points: the width of the widest line shown (not the box width) by
   // the height of the lines shown. Zero when nothing fits.
@@ -76,11 +71,10 @@ class TextLayout {
   TextBitmap render(Size area, double scale, Color color) const;
 
  private:
-  struct Impl;
   TextBlock block_;
   Size size_;
   int lines_ = 0;
-  std::unique_ptr<Impl> impl_;
+  int ellipsizedLines_ = 0;  // lines of the ellipsized layout, when text is left over
 };
 
 // The platform's string measurement: text wrapped at the constraint's width

@@ -47,6 +47,7 @@ class View : public std::enable_shared_from_this<View> {
 
   // [Geometry] The frame is in the superview's bounds coordinates. Changing
   // the size (through frame or bounds) resizes the subviews by their masks.
+  // Non-finite coordinates count as 0.
   Rect frame() const { return frame_; }
   void setFrame(Rect frame);
   // Origin (the scroll offset of the content, normally zero) plus the size.
@@ -64,7 +65,7 @@ class View : public std::enable_shared_from_this<View> {
   // The size that fits in `size`; a plain view answers its own size.
   virtual Size sizeThatFits(Size size) const;
 
-  // [Appearance] Alpha is not clamped here; the renderer clamps to 0..1.
+  // [Appearance] Alpha is clamped to 0..1 (NaN counts as 0).
   double alpha() const { return alpha_; }
   void setAlpha(double alpha);
   bool isHidden() const { return hidden_; }

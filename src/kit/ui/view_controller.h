@@ -33,9 +33,9 @@ class ViewController : public std::enable_shared_from_this<ViewController> {
   // The root view, made by loadView() then viewDidLoad() on first use.
   std::shared_ptr<View> view();
   bool isViewLoaded() const { return view_ != nullptr; }
-  // Supplies the view (as an interface layout does); viewDidLoad() follows
-  // if no view was loaded before.
-  void setView(std::shared_ptr<View> view);
+  // Supplies the view (as an interface layout does); viewDidLoad() still
+  // runs once, at the first view() call.
+  void setView(std::shared_ptr<View> view) { view_ = std::move(view); }
 
   // Hooks, empty by default.
   virtual void loadView();  // makes a plain view with an empty frame
@@ -48,7 +48,9 @@ class ViewController : public std::enable_shared_from_this<ViewController> {
 
   // Shows `controller` modally over the window of this controller's view
   // (over the top of this view's tree when it has no window), sliding up from
-  // the bottom in 0.3 s when animated. The completion runs once it is in
+  // the bottom in 0.3 s when animated. A full-screen presentation sends this
+  // controller viewWillDisappear/viewDidDisappear (and the Appear pair when
+  // dismissed); the other styles leave it alone. The completion runs once it is in
   // place (with an animator installed, at a tick: never inside this call).
   // Ignored, completion included, while this controller presents another or
   // when `controller` is null, this one, or presented elsewhere.
@@ -65,7 +67,7 @@ class ViewController : public std::enable_shared_from_this<ViewController> {
   ModalPresentationStyle modalPresentationStyle() const { return presentationStyle_; }
   void setModalPresentationStyle(ModalPresentationStyle style) { presentationStyle_ = style; }
 
-  std::shared_ptr<ViewController> parentViewController() const { return parent_.lock(); }
+  std::shared_ptr<ViewController> parentViewController() const;
   // The nearest navigation controller among the parents, or nullptr.
   std::shared_ptr<NavigationController> navigationController() const;
 
@@ -73,13 +75,14 @@ class ViewController : public std::enable_shared_from_this<ViewController> {
   friend class NavigationController;
 
   Rect presentedFrame(const View& host) const;
-  void finishDismissal(bool animated, const std::function<void()>& completion);
+  void dismissPresentedChain();
 
   std::shared_ptr<View> view_;
   std::shared_ptr<ViewController> presented_;
   std::weak_ptr<ViewController> presenting_;
-  std::weak_ptr<ViewController> parent_;
+  ViewController* parent_ = nullptr;  // the owning parent clears it when letting go
   ModalPresentationStyle presentationStyle_ = ModalPresentationStyle::FullScreen;
+  bool viewDidLoadSent_ = false;
   bool dismissing_ = false;
 };
 
