@@ -96,6 +96,18 @@ std::size_t PhysicsWorld::bodyCount() const {
   return engine_->members.size();
 }
 
+void PhysicsWorld::release(PhysicsBody& body) {
+  auto& members = engine_->members;
+  auto it = std::find_if(members.begin(), members.end(),
+                         [&](const std::shared_ptr<PhysicsBody>& b) { return b.get() == &body; });
+  if (it == members.end())
+    return;
+  engine_->world.DestroyBody(static_cast<b2Body*>(body.simBody_));
+  body.simBody_ = nullptr;
+  body.world_ = nullptr;
+  members.erase(it);  // the caller's node still owns the body
+}
+
 namespace {
 
 b2Body* createSimBody(b2World& world, PhysicsBody& body, float x, float y, float angle) {
@@ -154,6 +166,9 @@ void PhysicsWorld::simulate() {
     if (PhysicsBody* body = node.physicsBody_.get()) {
       const float x = toMetres(toScene.tx), y = toMetres(toScene.ty);
       const auto a = static_cast<float>(angle);
+      // A node that moved here from another scene brings its body along.
+      if (body->world_ && body->world_ != this)
+        body->world_->release(*body);
       if (!body->world_) {
         body->simBody_ = createSimBody(engine.world, *body, x, y, a);
         body->world_ = this;

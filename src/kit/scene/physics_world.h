@@ -48,6 +48,9 @@ class PhysicsWorld {
 
  private:
   struct Engine;
+  // Takes `body` out of this world (it moved to another scene's tree).
+  void release(PhysicsBody& body);
+
   Scene& scene_;
   Vector gravity_;
   PhysicsContactDelegate* delegate_ = nullptr;

@@ -184,6 +184,22 @@ TEST_F(PhysicsTest, ABodyLeavesTheWorldWithItsNodeAndComesBackWithIt) {
   EXPECT_EQ(scene->physicsWorld().bodyCount(), 1u);
 }
 
+TEST_F(PhysicsTest, ANodeMovedIntoAnotherSceneTakesItsBodyIntoThatWorld) {
+  auto obstacle = addBall({100, 100}, 10, kObstacle, kCar);
+  frame();
+  auto next = std::make_shared<RecordingScene>(Size{320, 568});
+  auto car = SpriteNode::spriteNodeWithColor(Color::black(), {40, 30});
+  car->setPosition({100, 100});
+  car->setPhysicsBody(PhysicsBody::bodyWithRectangleOfSize({40, 30}));
+  car->physicsBody()->setContactTestBitMask(kObstacle);
+  next->addChild(car);
+  next->addChild(obstacle);
+  driver.presentScene(next);
+  advance(0.02);
+  EXPECT_EQ(next->contacts.size(), 1u);
+  EXPECT_EQ(scene->physicsWorld().bodyCount(), 0u);
+}
+
 TEST_F(PhysicsTest, MaskChangesApplyFromTheNextFrame) {
   auto a = addBox({100, 100}, {40, 30}, kCar, 0);
   auto b = addBox({110, 100}, {40, 30}, kObstacle, 0);
