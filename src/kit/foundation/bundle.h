@@ -1,7 +1,9 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,7 +18,9 @@ class UserDefaults;
 // The application's resources folder: images by name, localized strings
 // tables (strings/<table>.<lang>.json) and info values from the publisher
 // config (publisher.json). Reads the preferred languages from the
-// preferences' "AppleLanguages". Borrowed services must outlive it.
+// preferences' "AppleLanguages". Tables are read once and cached; a missing
+// or broken one is logged once. Main thread only; borrowed services (the
+// preferences may be null) must outlive it.
 class Bundle {
  public:
   Bundle(std::filesystem::path resourceDir, const UserDefaults* defaults, Log& log);
@@ -30,7 +34,9 @@ class Bundle {
   std::optional<std::filesystem::path> pathForResource(std::string_view relative) const;
 
   // The text of `key` in `table` for the first preferred language that has
-  // the table, else English, else `value`.
+  // the table (trying "zh-Hans-CN", then "zh-Hans", then "zh"), else in the
+  // English table, else `value`, or the key itself when `value` is empty, as
+  // the platform does.
   std::string localizedString(const std::string& key, const std::string& value,
                               const std::string& table) const;
 
@@ -41,15 +47,23 @@ class Bundle {
   // Preferred language codes, most wanted first ("en" when none are known).
   std::vector<std::string> preferredLanguages() const;
 
+  // The desktop's preferred languages as codes ("zh_CN" becomes
+  // "zh-Hans-CN"), for registering "AppleLanguages"; empty when the desktop
+  // names none (as with LANG=C).
+  static std::vector<std::string> desktopLanguages();
+
  private:
-  struct Table;
+  // The table of one language, loaded on first use; null if it has none.
   const Value::Dictionary* table(const std::string& name, const std::string& lang) const;
+  // Preferred codes, each followed by its shorter forms, then "en".
+  std::vector<std::string> lookupLanguages() const;
 
   std::filesystem::path dir_;
   const UserDefaults* defaults_;
   Log& log_;
   Value info_;
-  mutable std::vector<std::pair<std::string, std::optional<Value>>> tables_;
+  mutable std::map<std::string, std::optional<Value::Dictionary>> tables_;
+  mutable std::set<std::string> reportedMissing_;
 };
 
 }  // namespace kit

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 namespace kit {
@@ -10,9 +11,9 @@ struct Device {
   enum class Idiom { Phone = 0, Pad = 1 };
 
   Idiom userInterfaceIdiom = Idiom::Phone;
-  std::string systemVersion = "12";   // the distribution's version number
-  std::string model = "x86_64";       // a stable hardware model string
-  double screenWidth = 320;           // main screen bounds, points
+  std::string systemVersion = "12";  // the distribution's version number
+  std::string model = "x86_64";      // a stable hardware model string
+  double screenWidth = 320;          // main screen bounds, points
   double screenHeight = 568;
   double screenScale = 2.0;
 
@@ -21,6 +22,8 @@ struct Device {
   // The facts of this machine (version from /etc/os-release, model from DMI
   // or uname); screen values stay as given.
   static Device detect();
+  // The same, reading those files below `root` instead of "/".
+  static Device detect(const std::filesystem::path& root);
 };
 
 }  // namespace kit

@@ -10,9 +10,9 @@ namespace kit {
 
 namespace fs = std::filesystem;
 
-TempDir::TempDir(const std::string& prefix) {
+TempDir::TempDir(const std::string& prefix, const fs::path& parent) {
   std::error_code ec;
-  fs::path base = fs::temp_directory_path(ec);
+  fs::path base = parent.empty() ? fs::temp_directory_path(ec) : parent;
   if (ec)
     base = "/tmp";
   std::string pattern = (base / (prefix + "-XXXXXX")).string();

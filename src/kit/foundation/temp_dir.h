@@ -5,13 +5,15 @@
 
 namespace kit {
 
-// A fresh private folder (mode 0700) under the system's temporary folder,
-// removed with everything in it when the TempDir goes, unless keep() was
-// called. Tests and the headless runner keep preferences in one.
+// A fresh private folder (mode 0700) under the system's temporary folder (or
+// a given parent), removed with everything in it when the TempDir goes,
+// unless keep() was called. Tests and the headless runner keep preferences
+// in one.
 class TempDir {
  public:
   // Throws std::system_error when no folder can be created.
-  explicit TempDir(const std::string& prefix = "twinlanes");
+  explicit TempDir(const std::string& prefix = "twinlanes",
+                   const std::filesystem::path& parent = {});
   ~TempDir();
   TempDir(TempDir&& other) noexcept;
   TempDir& operator=(TempDir&& other) noexcept;

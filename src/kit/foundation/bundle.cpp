@@ -1,0 +1,206 @@
+#include "kit/foundation/bundle.h"
+
+#include <SDL.h>
+
+#include <algorithm>
+#include <cctype>
+
+#include "kit/foundation/json.h"
+#include "kit/foundation/read_file.h"
+#include "kit/foundation/user_defaults.h"
+
+namespace kit {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr size_t kMaxConfigBytes = 1 << 20;
+
+// Language codes and table names become parts of file names, and the
+// languages come from a user-editable file: letters, digits, '-' and '_' only.
+bool isSafeName(std::string_view name) {
+  if (name.empty() || name.size() > 64)
+    return false;
+  return std::all_of(name.begin(), name.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '_';
+  });
+}
+
+std::string normalizedLanguage(std::string code) {
+  std::replace(code.begin(), code.end(), '_', '-');
+  return code;
+}
+
+bool hasImageExtension(std::string_view name, std::string_view ext) {
+  if (name.size() <= ext.size())
+    return false;
+  return std::equal(
+      ext.begin(), ext.end(), name.end() - static_cast<std::ptrdiff_t>(ext.size()),
+      [](char a, char b) { return a == std::tolower(static_cast<unsigned char>(b)); });
+}
+
+}  // namespace
+
+Bundle::Bundle(fs::path resourceDir, const UserDefaults* defaults, Log& log)
+    : dir_(std::move(resourceDir)), defaults_(defaults), log_(log) {
+  const fs::path config = dir_ / "publisher.json";
+  std::optional<std::string> bytes = readSmallFile(config, kMaxConfigBytes);
+  std::optional<Value> parsed = bytes ? parseJson(*bytes) : std::nullopt;
+  if (parsed && parsed->ifDictionary()) {
+    info_ = std::move(*parsed);
+  } else {
+    log_.write("Publisher config " + config.string() +
+               (bytes ? " is not a JSON object" : " is missing or unreadable") +
+               "; bundle info values are empty");
+  }
+}
+
+std::optional<fs::path> Bundle::pathForImage(std::string_view name) const {
+  std::string_view stem = name;
+  for (std::string_view ext : {".png", ".svg"}) {
+    if (hasImageExtension(stem, ext))
+      stem.remove_suffix(ext.size());
+  }
+  if (stem.empty() || stem == "." || stem == ".." ||
+      stem.find_first_of(std::string_view("/\0", 2)) != std::string_view::npos) {
+    return std::nullopt;
+  }
+  for (const char* ext : {".svg", ".png"}) {
+    fs::path candidate = dir_ / "images" / (std::string(stem) + ext);
+    std::error_code ec;
+    if (fs::is_regular_file(candidate, ec))
+      return candidate;
+  }
+  return std::nullopt;
+}
+
+std::optional<fs::path> Bundle::pathForResource(std::string_view relative) const {
+  if (relative.empty() || relative.find('\0') != std::string_view::npos)
+    return std::nullopt;
+  fs::path rel(relative);
+  if (rel.is_absolute())
+    return std::nullopt;
+  for (const fs::path& part : rel) {
+    if (part == "..")
+      return std::nullopt;
+  }
+  fs::path full = dir_ / rel;
+  std::error_code ec;
+  if (!fs::exists(full, ec))
+    return std::nullopt;
+  return full;
+}
+
+const Value::Dictionary* Bundle::table(const std::string& name, const std::string& lang) const {
+  const std::string file = name + "." + lang + ".json";
+  auto it = tables_.find(file);
+  if (it == tables_.end()) {
+    std::optional<Value::Dictionary> loaded;
+    const fs::path path = dir_ / "strings" / file;
+    std::error_code ec;
+    if (fs::exists(path, ec)) {
+      std::optional<std::string> bytes = readSmallFile(path, kMaxConfigBytes);
+      std::optional<Value> parsed = bytes ? parseJson(*bytes) : std::nullopt;
+      if (parsed && parsed->ifDictionary()) {
+        loaded = *parsed->ifDictionary();
+      } else {
+        log_.write("Strings table " + path.string() + " is not a JSON object; ignoring it");
+      }
+    }
+    it = tables_.emplace(file, std::move(loaded)).first;
+  }
+  return it->second ? &*it->second : nullptr;
+}
+
+std::vector<std::string> Bundle::lookupLanguages() const {
+  std::vector<std::string> codes;
+  auto add = [&](const std::string& code) {
+    if (std::find(codes.begin(), codes.end(), code) == codes.end())
+      codes.push_back(code);
+  };
+  for (const std::string& preferred : preferredLanguages()) {
+    std::string code = preferred;
+    for (;;) {
+      add(code);
+      size_t dash = code.rfind('-');
+      if (dash == std::string::npos || dash == 0)
+        break;
+      code.resize(dash);
+    }
+  }
+  add("en");
+  return codes;
+}
+
+std::string Bundle::localizedString(const std::string& key, const std::string& value,
+                                    const std::string& tableName) const {
+  if (isSafeName(tableName)) {
+    const Value::Dictionary* chosen = nullptr;
+    for (const std::string& lang : lookupLanguages()) {
+      if ((chosen = table(tableName, lang)))
+        break;
+    }
+    for (const Value::Dictionary* t : {chosen, table(tableName, "en")}) {
+      if (!t)
+        continue;
+      auto it = t->find(key);
+      if (it == t->end())
+        continue;
+      if (std::optional<std::string> text = it->second.stringValue())
+        return *text;
+    }
+    if (!chosen && reportedMissing_.insert(tableName).second) {
+      log_.write("No strings table " + tableName + " in " + (dir_ / "strings").string());
+    }
+  }
+  return value.empty() ? key : value;
+}
+
+Value Bundle::infoValue(const std::string& key) const {
+  return info_[key];
+}
+
+std::vector<std::string> Bundle::preferredLanguages() const {
+  std::vector<std::string> languages;
+  if (defaults_) {
+    if (auto array = defaults_->arrayForKey("AppleLanguages")) {
+      for (const Value& item : *array) {
+        const std::string* code = item.ifString();
+        if (code && isSafeName(*code))
+          languages.push_back(normalizedLanguage(*code));
+      }
+    }
+  }
+  if (languages.empty())
+    languages.push_back("en");
+  return languages;
+}
+
+std::vector<std::string> Bundle::desktopLanguages() {
+  std::vector<std::string> codes;
+  SDL_ClearError();
+  SDL_Locale* locales = SDL_GetPreferredLocales();
+  if (!locales)
+    return codes;
+  for (const SDL_Locale* l = locales; l->language; ++l) {
+    std::string code = l->language;
+    std::string country = l->country ? l->country : "";
+    // Chinese texts are told apart by script, and the script follows from
+    // the region.
+    if (code == "zh") {
+      bool traditional = country == "TW" || country == "HK" || country == "MO";
+      code += traditional ? "-Hant" : "-Hans";
+    }
+    if (!country.empty())
+      code += "-" + country;
+    if (isSafeName(code) && std::find(codes.begin(), codes.end(), code) == codes.end()) {
+      codes.push_back(code);
+    }
+  }
+  SDL_free(locales);
+  return codes;
+}
+
+}  // namespace kit

@@ -1,0 +1,16 @@
+#include "kit/foundation/headless_platform.h"
+
+namespace kit {
+
+HeadlessPlatform::HeadlessPlatform(const std::filesystem::path& prefsFolder,
+                                   const std::filesystem::path& resourceDir, Log* forwardLog)
+    : log(forwardLog),
+      runLoop(clock),
+      defaults(prefsFolder, log),
+      bundle(resourceDir, &defaults, log) {}
+
+Services HeadlessPlatform::services() {
+  return Services{clock, runLoop, notifications, defaults, bundle, log, http, urlOpener, device};
+}
+
+}  // namespace kit

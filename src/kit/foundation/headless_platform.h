@@ -1,0 +1,35 @@
+#pragma once
+
+#include <filesystem>
+
+#include "kit/foundation/services.h"
+
+namespace kit {
+
+// A complete set of platform services for tests and the headless scenario
+// runner: a manual clock, a capturing log (optionally forwarding each line),
+// preferences in a given folder, the bundle of a given resources folder, a
+// recording URL opener and default device facts. The HTTP client is real.
+// Owns every service; services() lends them out and must not outlive it.
+class HeadlessPlatform {
+ public:
+  HeadlessPlatform(const std::filesystem::path& prefsFolder,
+                   const std::filesystem::path& resourceDir, Log* forwardLog = nullptr);
+  HeadlessPlatform(const HeadlessPlatform&) = delete;
+  HeadlessPlatform& operator=(const HeadlessPlatform&) = delete;
+
+  Services services();
+
+  // Declared in construction order: each may use those above it.
+  ManualClock clock;
+  CapturingLog log;
+  RunLoop runLoop;
+  NotificationCenter notifications;
+  UserDefaults defaults;
+  Bundle bundle;
+  CurlHttpClient http;
+  RecordingUrlOpener urlOpener;
+  Device device;
+};
+
+}  // namespace kit

@@ -1,0 +1,224 @@
+#include "kit/foundation/http.h"
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace kit {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A loopback server with one route per misbehaviour. Handlers that stall
+// wait for the fixture's release, so teardown never waits on them.
+class HttpTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    server.Get("/hello", [](const httplib::Request&, httplib::Response& res) {
+      res.set_content("hello there", "text/plain");
+    });
+    server.Get("/json", [](const httplib::Request&, httplib::Response& res) {
+      res.set_content(R"({"results":[{"version":"1.0"}]})", "application/json");
+    });
+    server.Get("/missing", [](const httplib::Request&, httplib::Response& res) {
+      res.status = 404;
+      res.set_content("no such page", "text/plain");
+    });
+    server.Get("/hang", [this](const httplib::Request&, httplib::Response& res) {
+      waitForRelease(10s);
+      res.set_content("too late", "text/plain");
+    });
+    server.Get("/drip", [this](const httplib::Request&, httplib::Response& res) {
+      res.set_chunked_content_provider("text/plain", [this](size_t, httplib::DataSink& sink) {
+        if (waitForRelease(300ms) || !sink.write("x", 1))
+          return false;
+        return true;
+      });
+    });
+    server.Get("/endless", [this](const httplib::Request&, httplib::Response& res) {
+      res.set_chunked_content_provider("text/plain",
+                                       [this](size_t offset, httplib::DataSink& sink) {
+                                         static const std::string block(16 * 1024, 'x');
+                                         if (offset > (256u << 20) || released())
+                                           return false;
+                                         return sink.write(block.data(), block.size());
+                                       });
+    });
+    server.Get("/declared-huge", [](const httplib::Request&, httplib::Response& res) {
+      res.set_content(std::string(2 << 20, 'x'), "text/plain");
+    });
+    server.Get("/loop", [this](const httplib::Request&, httplib::Response& res) {
+      ++loops;
+      res.set_redirect("/loop");
+    });
+    server.Get("/moved",
+               [](const httplib::Request&, httplib::Response& res) { res.set_redirect("/hello"); });
+    server.Get("/to-file", [](const httplib::Request&, httplib::Response& res) {
+      res.status = 302;
+      res.set_header("Location", "file:///etc/passwd");
+    });
+    server.Get("/to-ftp", [](const httplib::Request&, httplib::Response& res) {
+      res.status = 302;
+      res.set_header("Location", "ftp://127.0.0.1/x");
+    });
+    server.set_keep_alive_max_count(1);
+    port = server.bind_to_any_port("127.0.0.1");
+    ASSERT_GT(port, 0);
+    thread = std::thread([this] { server.listen_after_bind(); });
+    while (!server.is_running())
+      std::this_thread::sleep_for(1ms);
+  }
+
+  void TearDown() override {
+    {
+      std::lock_guard<std::mutex> lock(mutex);
+      release = true;
+    }
+    wake.notify_all();
+    server.stop();
+    if (thread.joinable())
+      thread.join();
+  }
+
+  // True once released; otherwise waits up to `most`.
+  bool waitForRelease(std::chrono::milliseconds most) {
+    std::unique_lock<std::mutex> lock(mutex);
+    return wake.wait_for(lock, most, [this] { return release; });
+  }
+  bool released() {
+    std::lock_guard<std::mutex> lock(mutex);
+    return release;
+  }
+
+  HttpResponse get(const std::string& path, HttpRequest request = {}) {
+    request.url = "http://127.0.0.1:" + std::to_string(port) + path;
+    return client.get(request);
+  }
+
+  static int closedPort() {
+    int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in addr{};
+    addr.sin_family = AF_INET;
+    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t len = sizeof addr;
+    ::bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr);
+    ::getsockname(fd, reinterpret_cast<sockaddr*>(&addr), &len);
+    ::close(fd);
+    return ntohs(addr.sin_port);
+  }
+
+  httplib::Server server;
+  std::thread thread;
+  int port = 0;
+  std::mutex mutex;
+  std::condition_variable wake;
+  bool release = false;
+  std::atomic<int> loops{0};
+  CurlHttpClient client;
+};
+
+TEST_F(HttpTest, ASuccessfulReplyGivesItsBody) {
+  HttpResponse r = get("/json");
+  EXPECT_TRUE(r.ok) << r.error;
+  EXPECT_EQ(r.status, 200);
+  EXPECT_EQ(r.body, R"({"results":[{"version":"1.0"}]})");
+  EXPECT_TRUE(r.error.empty());
+}
+
+TEST_F(HttpTest, AnErrorStatusIsAFailureWithAReadableReason) {
+  HttpResponse r = get("/missing");
+  EXPECT_FALSE(r.ok);
+  EXPECT_EQ(r.status, 404);
+  EXPECT_NE(r.error.find("404"), std::string::npos) << r.error;
+}
+
+TEST_F(HttpTest, ASilentServerRunsIntoTheTimeout) {
+  HttpRequest request;
+  request.totalTimeoutMs = 300;
+  auto start = std::chrono::steady_clock::now();
+  HttpResponse r = get("/hang", request);
+  EXPECT_FALSE(r.ok);
+  EXPECT_EQ(r.status, 0);
+  EXPECT_NE(r.error.find("timed out"), std::string::npos) << r.error;
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);  // a hang bound, not a speed target
+}
+
+TEST_F(HttpTest, ADrippingServerIsGivenUp) {
+  HttpRequest request;
+  request.lowSpeedSeconds = 1;
+  HttpResponse r = get("/drip", request);
+  EXPECT_FALSE(r.ok);
+  EXPECT_FALSE(r.error.empty());
+}
+
+TEST_F(HttpTest, BodiesOverTheCapAreCutOff) {
+  HttpRequest request;
+  request.maxBodyBytes = 64 * 1024;
+  for (const char* path : {"/endless", "/declared-huge"}) {
+    HttpResponse r = get(path, request);
+    EXPECT_FALSE(r.ok) << path;
+    EXPECT_TRUE(r.body.empty()) << path;
+    EXPECT_NE(r.error.find("larger than 65536"), std::string::npos) << path << ": " << r.error;
+  }
+  request.maxBodyBytes = 11;
+  EXPECT_TRUE(get("/hello", request).ok);  // exactly at the cap is fine
+}
+
+TEST_F(HttpTest, RedirectsAreFollowedOnlyWithinLimits) {
+  HttpResponse moved = get("/moved");
+  EXPECT_TRUE(moved.ok) << moved.error;
+  EXPECT_EQ(moved.body, "hello there");
+
+  HttpRequest request;
+  request.maxRedirects = 3;
+  HttpResponse loop = get("/loop", request);
+  EXPECT_FALSE(loop.ok);
+  EXPECT_LE(loops.load(), 4);
+
+  request.maxRedirects = 0;
+  HttpResponse notFollowed = get("/moved", request);
+  EXPECT_FALSE(notFollowed.ok);
+  EXPECT_EQ(notFollowed.status, 302);
+}
+
+TEST_F(HttpTest, RedirectsToOtherSchemesAreRefused) {
+  for (const char* path : {"/to-file", "/to-ftp"}) {
+    HttpResponse r = get(path);
+    EXPECT_FALSE(r.ok) << path;
+    EXPECT_EQ(r.body.find("root:"), std::string::npos);
+    EXPECT_FALSE(r.error.empty());
+  }
+}
+
+TEST_F(HttpTest, OnlyWebUrlsAreRequested) {
+  for (const char* url : {"file:///etc/passwd", "ftp://127.0.0.1/", "gopher://127.0.0.1/", "",
+                          "http://127.0.0.1/a b", "http://127.0.0.1/\r\nX: y", "127.0.0.1/"}) {
+    HttpRequest request;
+    request.url = url;
+    HttpResponse r = client.get(request);
+    EXPECT_FALSE(r.ok) << url;
+    EXPECT_EQ(r.status, 0) << url;
+    EXPECT_FALSE(r.error.empty()) << url;
+  }
+}
+
+TEST_F(HttpTest, AClosedPortFailsAtOnce) {
+  HttpRequest request;
+  request.url = "http://127.0.0.1:" + std::to_string(closedPort()) + "/";
+  HttpResponse r = client.get(request);
+  EXPECT_FALSE(r.ok);
+  EXPECT_EQ(r.status, 0);
+  EXPECT_FALSE(r.error.empty());
+}
+
+}  // namespace
+}  // namespace kit
