@@ -15,7 +15,7 @@ class ActionRun;
 // Actions are shared, immutable descriptions.
 using ActionPtr = std::shared_ptr<const Action>;
 
-// A description of a change over time (the platform's SKAction), made by the
+// A description of a change over time, made by the
 // factories below and run on a node with Node::runAction. The description is
 // immutable and may be run on many nodes at once; each run gets its own state.
 // All timing is linear. Durations are in seconds; a negative or NaN duration

@@ -6,7 +6,7 @@
 
 namespace kit {
 
-// A 2D affine map (the platform's CGAffineTransform): x' = a·x + c·y + tx,
+// A 2D affine map: x' = a·x + c·y + tx,
 // y' = b·x + d·y + ty. Nodes combine a translation and a rotation; the draw
 // list and the view mapping also carry a scale and a y flip.
 struct AffineTransform {

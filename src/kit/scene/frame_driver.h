@@ -10,10 +10,9 @@
 
 namespace kit {
 
-// Runs the presented scene one frame at a time (the platform's sprite view
-// loop). The window layer calls runFrame() once per display refresh; tests
-// call it after moving a ManualClock. A frame, at the run loop clock's
-// monotonic time t:
+// Runs the presented scene one frame at a time. The window layer calls runFrame() once per display
+// refresh; tests call it after moving a ManualClock. A frame, at the run loop clock's monotonic
+// time t:
 //   1. each queued touch-began event goes to scene.touchesBegan, in order;
 //   2. the run loop's due timers fire (runLoop.runOnce());
 //   3. scene.update(t);

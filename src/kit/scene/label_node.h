@@ -13,7 +13,7 @@ enum class LabelHorizontalAlignmentMode { Center = 0, Left = 1, Right = 2 };
 // Where the text sits vertically relative to the node's position.
 enum class LabelVerticalAlignmentMode { Baseline = 0, Center = 1, Top = 2, Bottom = 3 };
 
-// A line of text (the platform's SKLabelNode). The scene only stores what to
+// A line of text. The scene only stores what to
 // draw; the renderer lays the text out with the named font at fontSize points
 // and places it by the alignment modes. Text is UTF-8.
 class LabelNode : public Node {

@@ -20,7 +20,7 @@ struct RunningAction;
 
 using NodePtr = std::shared_ptr<Node>;
 
-// A node of the scene tree (the platform's SKNode): a position in its parent's
+// A node of the scene tree: a position in its parent's
 // coordinates (points, origin lower left, y up), a rotation, an alpha, a
 // hidden flag and a z position, all inherited by its children; an ordered
 // list of children that it owns; the actions it runs; an optional physics

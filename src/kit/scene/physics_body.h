@@ -10,10 +10,9 @@ namespace kit {
 class Node;
 class PhysicsWorld;
 
-// A shape attached to a node for contact detection (the platform's
-// SKPhysicsBody). The shape is centred on the node's position and turns with
-// the node. Bodies never move nodes: they follow them, and the world reports
-// when two shapes begin to overlap. Masks are 32-bit category sets:
+// A shape attached to a node for contact detection. The shape is centred on the node's position and
+// turns with the node. Bodies never move nodes: they follow them, and the world reports when two
+// shapes begin to overlap. Masks are 32-bit category sets:
 //   categoryBitMask     what this body is (default all bits)
 //   contactTestBitMask  which categories it wants to hear about (default 0)
 //   collisionBitMask    stored for the game; nothing in this world collides

@@ -7,8 +7,7 @@
 
 namespace kit {
 
-// Two bodies whose shapes have begun to overlap (the platform's
-// SKPhysicsContact). Which body is A and which is B carries no meaning.
+// Two bodies whose shapes have begun to overlap. Which body is A and which is B carries no meaning.
 struct PhysicsContact {
   std::shared_ptr<PhysicsBody> bodyA;
   std::shared_ptr<PhysicsBody> bodyB;
@@ -17,7 +16,7 @@ struct PhysicsContact {
   Point contactPoint;
 };
 
-// Receives the world's contacts (the platform's SKPhysicsContactDelegate).
+// Receives the world's contacts.
 // Called on the main thread, after the physics step, once per contact; the
 // handler may change anything (remove nodes, change masks, run actions).
 class PhysicsContactDelegate {

@@ -10,7 +10,7 @@ namespace kit {
 
 class Scene;
 
-// A scene's contact detector (the platform's SKPhysicsWorld), built on a
+// A scene's contact detector, built on a
 // rigid-body engine kept out of this header. Owned by its Scene. Once per
 // frame, after the actions, the frame driver simulates it:
 //   1. every body of a node in the scene's tree joins the world, and every

@@ -19,7 +19,7 @@ enum class SceneScaleMode {
   ResizeFill = 3,  // no scaling (the window layer sizes the scene to the view)
 };
 
-// The root of a node tree (the platform's SKScene): a fixed size in points,
+// The root of a node tree: a fixed size in points,
 // the physics world, and the per-frame hooks a game overrides. Subclass it,
 // build the tree in the constructor (addChild works there already), and give
 // it to a FrameDriver to run. Scene coordinates: origin at the lower left of

@@ -9,7 +9,7 @@
 
 namespace kit {
 
-// A textured or coloured rectangle (the platform's SKSpriteNode). The
+// A textured or coloured rectangle. The
 // rectangle has `size` points and is placed so that `anchorPoint` (a unit
 // point, (0, 0) the lower-left corner, (1, 1) the upper-right) lies on the
 // node's position. With a texture the image is drawn; without one the

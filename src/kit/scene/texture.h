@@ -7,7 +7,7 @@
 
 namespace kit {
 
-// An image by name (the platform's texture made from a named image). The scene
+// An image by name. The scene
 // never loads pixels: the renderer resolves the name ("car", "bg.png") to an
 // asset. Two textures are equal when their names are equal. A texture may
 // carry its natural size when whoever made it knows it; otherwise the size is

@@ -10,8 +10,7 @@ namespace kit {
 
 class Node;
 
-// One finger (or click) of a touch-began event, located in the scene
-// (the platform's UITouch as the scene sees it).
+// One finger (or click) of a touch-began event, located in the scene.
 class Touch {
  public:
   explicit Touch(Point locationInScene) : location_(locationInScene) {}
