@@ -170,6 +170,11 @@ TextLayout::TextLayout(TextBlock block) : block_(std::move(block)) {
   size_ = {toPoints(width), toPoints(bottom)};
 }
 
+void TextLayout::warmUp() {
+  TextLayout(TextBlock{"Aa \u65b0", Font::systemFontOfSize(16)});
+  TextLayout(TextBlock{"Aa \u65b0", Font::boldSystemFontOfSize(16)});
+}
+
 TextBitmap TextLayout::render(Size area, double scale, Color color) const {
   if (!(area.width > 0) || !(area.height > 0))
     area = size_;

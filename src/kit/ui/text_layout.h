@@ -58,6 +58,10 @@ struct TextBitmap {
 class TextLayout {
  public:
   explicit TextLayout(TextBlock block);
+  // Loads fontconfig and the common faces (Latin, bold, Chinese fallback) now
+  // rather than during the first frame that shows text. Optional.
+  static void warmUp();
+
   const TextBlock& block() const { return block_; }
   // Whole points: the width of the widest line shown (not the box width) by
   // the height of the lines shown. Zero when nothing fits.
