@@ -1,5 +1,15 @@
 # Shared helpers for module and test folders.
 
+# Headless environment for every test: no display, no real pref folder, no
+# real browser, and suppressions for the libraries' own process-lifetime caches.
+set(TWINLANES_TEST_ENV
+  "SDL_VIDEODRIVER=dummy"
+  "SDL_FRAMEBUFFER_ACCELERATION=0"
+  "LANG=C.UTF-8"
+  "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
+  "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1"
+  "ASAN_OPTIONS=detect_leaks=1")
+
 # twinlanes_test(NAME <target> LABEL unit|scenario|e2e SOURCES ... LIBS ...)
 # Builds a GoogleTest executable and registers each case with CTest under the
 # label, with the environment every headless test needs.
@@ -10,9 +20,15 @@ function(twinlanes_test)
   target_compile_definitions(${T_NAME} PRIVATE
     TWINLANES_RESOURCES="${TWINLANES_RESOURCES}"
     TWINLANES_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
+  # gtest_discover_tests flattens list-valued properties, so a list of
+  # environment variables would lose all but the first. Run each test through
+  # `cmake -E env` instead: discovery and every case see the whole set.
+  set_target_properties(${T_NAME} PROPERTIES
+    CROSSCOMPILING_EMULATOR "${CMAKE_COMMAND};-E;env;${TWINLANES_TEST_ENV}")
   gtest_discover_tests(${T_NAME}
     DISCOVERY_MODE PRE_TEST
-    PROPERTIES LABELS ${T_LABEL} ENVIRONMENT "${TWINLANES_TEST_ENV}")
+    DISCOVERY_TIMEOUT 60
+    PROPERTIES LABELS ${T_LABEL})
 endfunction()
 
 # twinlanes_bench(NAME <target> SOURCES ... LIBS ...)
@@ -23,12 +39,3 @@ function(twinlanes_bench)
   target_compile_definitions(${B_NAME} PRIVATE TWINLANES_RESOURCES="${TWINLANES_RESOURCES}")
 endfunction()
 
-# Headless environment for every test: no display, no real pref folder, no
-# real browser, and suppressions for the libraries' own process-lifetime caches.
-set(TWINLANES_TEST_ENV
-  "SDL_VIDEODRIVER=dummy"
-  "SDL_FRAMEBUFFER_ACCELERATION=0"
-  "LANG=C.UTF-8"
-  "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
-  "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1"
-  "ASAN_OPTIONS=detect_leaks=1")
