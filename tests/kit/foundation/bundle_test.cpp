@@ -121,13 +121,6 @@ TEST_F(BundleTest, LanguageCodesFromPreferencesCannotLeaveTheStringsFolder) {
   EXPECT_EQ(text("RATE_YES", "../secret"), "RATE_YES");
 }
 
-TEST_F(BundleTest, TablesAreReadOnce) {
-  addTable("RTService", "en", {{"RATE_YES", "Rate it"}});
-  EXPECT_EQ(text("RATE_YES"), "Rate it");
-  addTable("RTService", "en", {{"RATE_YES", "Changed"}});
-  EXPECT_EQ(text("RATE_YES"), "Rate it");
-}
-
 TEST_F(BundleTest, InfoValuesComeFromThePublisherConfig) {
   Bundle real(TWINLANES_RESOURCES, nullptr, log);
   EXPECT_EQ(real.infoValue("CFBundleVersion"), Value("1.0"));

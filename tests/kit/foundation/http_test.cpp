@@ -26,9 +26,6 @@ class HttpTest : public ::testing::Test {
     server.Get("/hello", [](const httplib::Request&, httplib::Response& res) {
       res.set_content("hello there", "text/plain");
     });
-    server.Get("/json", [](const httplib::Request&, httplib::Response& res) {
-      res.set_content(R"({"results":[{"version":"1.0"}]})", "application/json");
-    });
     server.Get("/missing", [](const httplib::Request&, httplib::Response& res) {
       res.status = 404;
       res.set_content("no such page", "text/plain");
@@ -36,13 +33,6 @@ class HttpTest : public ::testing::Test {
     server.Get("/hang", [this](const httplib::Request&, httplib::Response& res) {
       waitForRelease(10s);
       res.set_content("too late", "text/plain");
-    });
-    server.Get("/drip", [this](const httplib::Request&, httplib::Response& res) {
-      res.set_chunked_content_provider("text/plain", [this](size_t, httplib::DataSink& sink) {
-        if (waitForRelease(300ms) || !sink.write("x", 1))
-          return false;
-        return true;
-      });
     });
     server.Get("/endless", [this](const httplib::Request&, httplib::Response& res) {
       res.set_chunked_content_provider("text/plain",
@@ -65,10 +55,6 @@ class HttpTest : public ::testing::Test {
     server.Get("/to-file", [](const httplib::Request&, httplib::Response& res) {
       res.status = 302;
       res.set_header("Location", "file:///etc/passwd");
-    });
-    server.Get("/to-ftp", [](const httplib::Request&, httplib::Response& res) {
-      res.status = 302;
-      res.set_header("Location", "ftp://127.0.0.1/x");
     });
     server.set_keep_alive_max_count(1);
     port = server.bind_to_any_port("127.0.0.1");
@@ -127,10 +113,10 @@ class HttpTest : public ::testing::Test {
 };
 
 TEST_F(HttpTest, ASuccessfulReplyGivesItsBody) {
-  HttpResponse r = get("/json");
+  HttpResponse r = get("/hello");
   EXPECT_TRUE(r.ok) << r.error;
   EXPECT_EQ(r.status, 200);
-  EXPECT_EQ(r.body, R"({"results":[{"version":"1.0"}]})");
+  EXPECT_EQ(r.body, "hello there");
   EXPECT_TRUE(r.error.empty());
 }
 
@@ -150,14 +136,6 @@ TEST_F(HttpTest, ASilentServerRunsIntoTheTimeout) {
   EXPECT_EQ(r.status, 0);
   EXPECT_NE(r.error.find("timed out"), std::string::npos) << r.error;
   EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);  // a hang bound, not a speed target
-}
-
-TEST_F(HttpTest, ADrippingServerIsGivenUp) {
-  HttpRequest request;
-  request.lowSpeedSeconds = 1;
-  HttpResponse r = get("/drip", request);
-  EXPECT_FALSE(r.ok);
-  EXPECT_FALSE(r.error.empty());
 }
 
 TEST_F(HttpTest, BodiesOverTheCapAreCutOff) {
@@ -190,13 +168,11 @@ TEST_F(HttpTest, RedirectsAreFollowedOnlyWithinLimits) {
   EXPECT_EQ(notFollowed.status, 302);
 }
 
-TEST_F(HttpTest, RedirectsToOtherSchemesAreRefused) {
-  for (const char* path : {"/to-file", "/to-ftp"}) {
-    HttpResponse r = get(path);
-    EXPECT_FALSE(r.ok) << path;
-    EXPECT_EQ(r.body.find("root:"), std::string::npos);
-    EXPECT_FALSE(r.error.empty());
-  }
+TEST_F(HttpTest, ARedirectToALocalFileIsRefused) {
+  HttpResponse r = get("/to-file");
+  EXPECT_FALSE(r.ok);
+  EXPECT_EQ(r.body.find("root:"), std::string::npos);
+  EXPECT_FALSE(r.error.empty());
 }
 
 TEST_F(HttpTest, OnlyWebUrlsAreRequested) {

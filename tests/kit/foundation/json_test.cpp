@@ -54,12 +54,6 @@ TEST(JsonTest, MalformedTextIsRefusedWithoutThrowing) {
   }
 }
 
-TEST(JsonTest, RepeatedKeyKeepsItsLastValue) {
-  auto v = parseJson(R"({"a":1,"a":2})");
-  ASSERT_TRUE(v);
-  EXPECT_EQ((*v)["a"], Value(2));
-}
-
 TEST(JsonTest, NestingIsCappedAtTheRequestedDepth) {
   EXPECT_TRUE(parseJson(nested(8), 8));
   EXPECT_FALSE(parseJson(nested(9), 8));
@@ -100,13 +94,6 @@ TEST(JsonTest, ValuesBuiltTooDeepAreCutOffWhenDumped) {
   EXPECT_EQ(text.find('1'), std::string::npos);
   EXPECT_NE(text.find("null"), std::string::npos);
   EXPECT_TRUE(parseJson(text, kMaxJsonDepth));
-}
-
-TEST(JsonTest, IndentedDumpReadsBackTheSame) {
-  Value v(Value::Dictionary{{"best", 12}, {"langs", Value::Array{"en", "zh-Hans"}}});
-  std::string text = toJson(v, 2);
-  EXPECT_NE(text.find("\n  \"best\": 12"), std::string::npos) << text;
-  EXPECT_EQ(parseJson(text), v);
 }
 
 }  // namespace
