@@ -121,6 +121,18 @@ TEST_F(BundleTest, LanguageCodesFromPreferencesCannotLeaveTheStringsFolder) {
   EXPECT_EQ(text("RATE_YES", "../secret"), "RATE_YES");
 }
 
+TEST(BundleLanguagesTest, DesktopLocalesBecomeLanguageCodes) {
+  ::unsetenv("LANGUAGE");
+  ::setenv("LANG", "zh_TW.UTF-8", 1);
+  EXPECT_EQ(Bundle::desktopLanguages(), std::vector<std::string>{"zh-Hant-TW"});
+  ::setenv("LANG", "en_GB.UTF-8", 1);
+  ::setenv("LANGUAGE", "zh_CN:fr", 1);
+  EXPECT_EQ(Bundle::desktopLanguages(), (std::vector<std::string>{"en-GB", "zh-Hans-CN", "fr"}));
+  ::unsetenv("LANGUAGE");
+  ::setenv("LANG", "C.UTF-8", 1);
+  EXPECT_TRUE(Bundle::desktopLanguages().empty());
+}
+
 TEST_F(BundleTest, InfoValuesComeFromThePublisherConfig) {
   Bundle real(TWINLANES_RESOURCES, nullptr, log);
   EXPECT_EQ(real.infoValue("CFBundleVersion"), Value("1.0"));
