@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -109,6 +110,8 @@ class Node : public std::enable_shared_from_this<Node> {
   // The description running under `key`, or null.
   ActionPtr actionForKey(const std::string& key) const;
   bool hasActions() const;
+  // Actions running or waiting to start (each runAction call counts once).
+  std::size_t actionCount() const { return actions_.size(); }
   void removeActionForKey(const std::string& key);
   void removeAllActions();
 

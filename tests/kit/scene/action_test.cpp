@@ -112,6 +112,24 @@ TEST_F(ActionTest, RemovedActionsStopWhereTheyAreAndNeverComplete) {
   EXPECT_NEAR(aAt.x, 50, 1e-9);
 }
 
+TEST_F(ActionTest, ActionCountCountsEachRunUntilItEndsOrIsRemoved) {
+  auto node = addNode({0, 0});
+  EXPECT_EQ(node->actionCount(), 0u);
+  auto scroll = Action::repeatActionForever(Action::moveBy({0, -10}, 1));
+  node->runAction(scroll);
+  node->runAction(scroll);  // the same description twice: two runs
+  node->runAction(Action::moveBy({5, 0}, 0.1), "short");
+  EXPECT_EQ(node->actionCount(), 3u);  // counted before they start
+  frame();
+  advance(0.2);
+  EXPECT_EQ(node->actionCount(), 2u);
+  node->runAction(Action::moveBy({1, 0}, 1), "k");
+  node->runAction(Action::moveBy({2, 0}, 1), "k");  // replaces, does not add
+  EXPECT_EQ(node->actionCount(), 3u);
+  node->removeAllActions();
+  EXPECT_EQ(node->actionCount(), 0u);
+}
+
 TEST_F(ActionTest, RunningUnderAKeyReplacesTheActionOfThatKey) {
   auto node = addNode({0, 0});
   bool firstCompleted = false;
