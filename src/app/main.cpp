@@ -1,6 +1,5 @@
-#include <cstdio>
+#include "app/command_line.h"
 
-int main() {
-  std::puts("Twin Lanes: the playable build is on its way; run the tests with `make test`.");
-  return 0;
+int main(int argc, char** argv) {
+  return twinlanesMain(argc, argv);
 }

@@ -1,0 +1,83 @@
+#include "app/scene_dump.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+using kit::Value;
+
+Value describeCar(const Car& car) {
+  return Value::Dictionary{{"x", car.position().x},       {"y", car.position().y},
+                           {"w", car.size().width},       {"h", car.size().height},
+                           {"carpos", car.carpos()},      {"caridx", car.caridx()},
+                           {"zRotation", car.zRotation()}};
+}
+
+Value describeObstacle(const Obstacle& obstacle) {
+  return Value::Dictionary{{"type", obstacle.type()},    {"cr", obstacle.cr()},
+                           {"x", obstacle.position().x}, {"y", obstacle.position().y},
+                           {"w", obstacle.size().width}, {"h", obstacle.size().height},
+                           {"alpha", obstacle.alpha()},  {"moving", obstacle.hasActions()}};
+}
+
+// Index into allObstacle, null for none, "collected" for a spawn that has
+// left the list.
+Value describeLastnode(const GameScene& scene, const std::shared_ptr<Obstacle>& node) {
+  if (!node)
+    return Value();
+  const auto& all = scene.allObstacle;
+  const auto it = std::find(all.begin(), all.end(), node);
+  if (it == all.end())
+    return Value("collected");
+  return Value(static_cast<long long>(it - all.begin()));
+}
+
+Value describeSmoke(const kit::SpriteNode& smoke) {
+  return Value::Dictionary{{"hidden", smoke.hidden()},
+                           {"x", smoke.position().x},
+                           {"y", smoke.position().y},
+                           {"animating", smoke.actionForKey("crush") != nullptr}};
+}
+
+Value describeLine(const kit::SpriteNode& line) {
+  return Value::Dictionary{{"x", line.position().x},
+                           {"y", line.position().y},
+                           {"actions", static_cast<long long>(line.actionCount())}};
+}
+
+}  // namespace
+
+kit::Value::Dictionary describeScene(const GameScene& scene) {
+  Value::Array obstacles;
+  for (const auto& obstacle : scene.allObstacle)
+    obstacles.push_back(describeObstacle(*obstacle));
+
+  return {
+      {"startFlag", scene.startFlag},
+      {"overFlag", scene.overFlag},
+      {"homeFlag", scene.homeFlag},
+      {"soundFlag", scene.soundFlag},
+      {"score", scene._score},
+      {"tickcnt", Value::Array{scene.tickcnt1, scene.tickcnt2, scene.tickcnt3, scene.tickcnt4}},
+      {"nexttick",
+       Value::Array{scene.nexttick1, scene.nexttick2, scene.nexttick3, scene.nexttick4}},
+      {"leftCar", describeCar(*scene.leftCar)},
+      {"rightCar", describeCar(*scene.rightCar)},
+      {"obstacles", obstacles},
+      {"lastnode", Value::Array{describeLastnode(scene, scene.lastnode1),
+                                describeLastnode(scene, scene.lastnode2),
+                                describeLastnode(scene, scene.lastnode3),
+                                describeLastnode(scene, scene.lastnode4)}},
+      {"layers", Value::Dictionary{{"home", scene.homeLayer->alpha()},
+                                   {"help", scene.helpLayer->alpha()},
+                                   {"over", scene.overLayer->alpha()}}},
+      {"labels", Value::Dictionary{{"score", scene.scoreNode->text()},
+                                   {"overScore", scene.overScoreNode->text()},
+                                   {"overBest", scene.overBestNode->text()}}},
+      {"smoke", Value::Dictionary{{"left", describeSmoke(*scene.leftSmoke)},
+                                  {"right", describeSmoke(*scene.rightSmoke)}}},
+      {"lines", Value::Dictionary{{"left", describeLine(*scene.leftLineNode)},
+                                  {"right", describeLine(*scene.rightLineNode)}}},
+  };
+}
