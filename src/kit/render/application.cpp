@@ -3,6 +3,8 @@
 #include <SDL.h>
 
 #include <chrono>
+#include <cstdlib>
+#include <string>
 #include <thread>
 
 #include "kit/foundation/bundle.h"
@@ -280,6 +282,8 @@ int Application::run(std::optional<uint64_t> frameLimit) {
 void Application::runFrame() {
   pollEvents();
   syncScene();
+  if (frameHook_)
+    frameHook_();
   frameDriver_->runFrame();
   finishFrame();
 }
@@ -291,6 +295,16 @@ void Application::finishFrame() {
     renderer_->drawFrame(*instance_->window, renderWindow_->viewport(),
                          services_.clock.monotonicNanos());
     renderWindow_->present();
+    if (!presented_) {
+      presented_ = true;
+      if (std::getenv("TWINLANES_STARTUP_TRACE")) {
+        const auto now = std::chrono::steady_clock::now().time_since_epoch();
+        services_.log.write(
+            "startup: first frame presented at steady time " +
+            std::to_string(std::chrono::duration_cast<std::chrono::nanoseconds>(now).count()) +
+            " ns");
+      }
+    }
   }
 }
 

@@ -70,6 +70,9 @@ struct ApplicationOptions {
 // becomes touches routed through the view tree, lifecycle events from the
 // window reach the delegate, and every frame is drawn. Headless, it runs the
 // same objects without SDL. One per process; main thread only.
+//
+// With TWINLANES_STARTUP_TRACE set in the environment, the first presented
+// frame is logged with its steady-clock time (for startup measurements).
 class Application {
  public:
   // With the real services: system clock, stderr log, preferences in
@@ -132,6 +135,10 @@ class Application {
   using PrimaryButtonHook = std::function<std::optional<Point>()>;
   void setPrimaryButtonHook(PrimaryButtonHook hook) { primaryHook_ = std::move(hook); }
 
+  // Called at the start of each frame's run, after the input is queued and
+  // before the frame driver runs (a built-in player taps here).
+  void setFrameHook(std::function<void()> hook) { frameHook_ = std::move(hook); }
+
   // --- Lifecycle reports (from the window, or from tests) ---------------------------
   void windowFocusChanged(bool focused);
   void windowVisibilityChanged(bool visible);
@@ -180,9 +187,11 @@ class Application {
   std::unique_ptr<Renderer> renderer_;
   Lifecycle lifecycle_;
   PrimaryButtonHook primaryHook_;
+  std::function<void()> frameHook_;
   struct Controllers;
   std::unique_ptr<Controllers> controllers_;
   bool launched_ = false;
+  bool presented_ = false;
   bool terminated_ = false;
   bool quitRequested_ = false;
 };
