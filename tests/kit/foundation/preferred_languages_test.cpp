@@ -1,0 +1,38 @@
+#include "kit/foundation/preferred_languages.h"
+
+#include <gtest/gtest.h>
+
+#include "kit/foundation/temp_dir.h"
+
+namespace kit {
+namespace {
+
+TEST(PreferredLanguagesTest, LocalesBecomeLanguageCodesWithTheChineseScript) {
+  EXPECT_EQ(languageCodeOf("zh_CN.UTF-8"), "zh-Hans-CN");
+  EXPECT_EQ(languageCodeOf("zh_SG"), "zh-Hans-SG");
+  EXPECT_EQ(languageCodeOf("zh-TW"), "zh-Hant-TW");
+  EXPECT_EQ(languageCodeOf("zh_HK.big5@stroke"), "zh-Hant-HK");
+  EXPECT_EQ(languageCodeOf("zh"), "zh-Hans");
+  EXPECT_EQ(languageCodeOf("zh-hant"), "zh-Hant");
+  EXPECT_EQ(languageCodeOf("EN_us"), "en-US");
+  EXPECT_EQ(languageCodeOf("es-419"), "es-419");
+  for (const char* bad : {"", "C", "POSIX", "C.UTF-8", "../en", "en_US_POSIX_x", "e1", "en-U$"})
+    EXPECT_EQ(languageCodeOf(bad), std::nullopt) << bad;
+}
+
+TEST(PreferredLanguagesTest, LanguagesAreRegisteredNotStored) {
+  TempDir folder;
+  CapturingLog log;
+  UserDefaults defaults(folder.path(), log);
+  registerPreferredLanguages(defaults, "zh_CN");
+  EXPECT_EQ(defaults.objectForKey("AppleLanguages"), Value(Value::Array{"zh-Hans-CN"}));
+  EXPECT_EQ(defaults.storedValues().count("AppleLanguages"), 0u);
+
+  // A choice that is no language falls back to the desktop, which under the
+  // test environment's C locale names none.
+  registerPreferredLanguages(defaults, "C");
+  EXPECT_EQ(defaults.objectForKey("AppleLanguages"), Value(Value::Array{"en"}));
+}
+
+}  // namespace
+}  // namespace kit
