@@ -178,17 +178,6 @@ TEST_F(TreeNodeTest, TeardownOfASubtreeTakesItOutOfItsParentOnly) {
   EXPECT_EQ(top->objectForKey("c")->parent(), top);
 }
 
-TEST_F(TreeNodeTest, TeardownLeavesANilChildrenListNil) {
-  auto top = TreeNode::treeNode();
-  auto child = TreeNode::treeNode();
-  child->setParent(top);
-  top->setChildren(TreeNode::Children{child});
-  top->teardown();
-  EXPECT_FALSE(child->children().has_value());
-  EXPECT_FALSE(child->parent());
-  EXPECT_EQ(top->size(), 0u);
-}
-
 TEST_F(TreeNodeTest, NodesKeptByTheCallerOutliveTheirTreeWithTheirSubtree) {
   auto top = loadXml("<r><a><b data='kept'/></a></r>");
   auto a = top->objectForKey("a");

@@ -99,13 +99,6 @@ TEST_F(XMLParserTest, MalformedInputLogsAndReturnsWhatWasBuilt) {
   }
 }
 
-TEST_F(XMLParserTest, AfterTheTopElementOnlyTheFirstTopLevelTreeIsKept) {
-  auto top = loadXml("<a><x/></a><b/>");
-  EXPECT_TRUE(logged("parse xml error"));
-  ASSERT_TRUE(top);
-  EXPECT_EQ(top->key(), "a");
-}
-
 TEST_F(XMLParserTest, ALoaderStartsCleanOnEveryParse) {
   loadXml("<a><b><c>");
   EXPECT_EQ(loader.stack().size(), 4u);  // the holder and the three open elements
