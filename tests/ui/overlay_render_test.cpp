@@ -101,14 +101,6 @@ TEST_F(OverlayRenderTest, ToastIsADarkRoundedPanelWithWhiteTextAndAShadowBelowRi
   EXPECT_NEAR(at(panel.minX() + 5, panel.midY()).g, kGrey, 2) << "gone after its time";
 }
 
-TEST_F(OverlayRenderTest, ToastAtAlphaZeroDrawsNothing) {
-  makeToast(*window, "Mail is not available", 1.5, "center");
-  draw();
-  const Rect panel = onlyToastOf(*window)->frame();
-  EXPECT_NEAR(at(panel.midX(), panel.midY()).g, kGrey, 2);
-  EXPECT_EQ(whiteInk(panel), 0);
-}
-
 TEST_F(OverlayRenderTest, SpinnerAndProgressRingShowWhiteInTheirPanels) {
   makeToastActivity(*window, "top");
   ProgressOverlay overlay(window, runLoop, ProgressOverlay::Mode::Ring);
