@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdio>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -10,12 +11,17 @@
 #include <string>
 #include <system_error>
 
-#include "app/scenario_host.h"
+#include "app/app_scenario_host.h"
+#include "app/game_application.h"
+#include "app/host_services.h"
 #include "app/scenario_runner.h"
 #include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
+#include "kit/render/render_window.h"
 
 namespace {
+
+constexpr const char* kHeadlessHint = "twinlanes --headless --script FILE";
 
 struct Flags {
   bool headless = false;
@@ -23,9 +29,71 @@ struct Flags {
   std::string prefsDir;
   std::optional<unsigned> seed;
   std::string device = "phone";
+  std::optional<kit::Size> size;
+  bool fullscreen = false;
+  double scale = 0;
+  std::optional<uint64_t> frames;
+  std::string screenshot;
+  bool autoplay = false;
 };
 
-int runHeadless(const Flags& flags) {
+// "320x568" as a size; nothing when it is not two positive numbers that a
+// screen could show.
+std::optional<kit::Size> parseSize(const std::string& text) {
+  double w = 0, h = 0;
+  char x = 0, extra = 0;
+  if (std::sscanf(text.c_str(), "%lf%c%lf%c", &w, &x, &h, &extra) != 3 || (x != 'x' && x != 'X'))
+    return std::nullopt;
+  if (!(w >= 1 && w <= 10000 && h >= 1 && h <= 10000))
+    return std::nullopt;
+  return kit::Size{w, h};
+}
+
+// The resources folder: next to the binary (a build tree or an unpacked
+// archive), in the installed share folder, or in the source tree.
+std::filesystem::path findResources() {
+  std::error_code ec;
+  const auto exe = std::filesystem::read_symlink("/proc/self/exe", ec);
+  std::vector<std::filesystem::path> candidates;
+  if (!ec) {
+    candidates.push_back(exe.parent_path() / "resources");
+    candidates.push_back(exe.parent_path().parent_path() / "share" / "twinlanes");
+  }
+  candidates.emplace_back(TWINLANES_RESOURCES_DIR);
+  for (const auto& dir : candidates) {
+    if (std::filesystem::exists(dir / "layout" / "main.json", ec))
+      return dir;
+  }
+  return TWINLANES_RESOURCES_DIR;
+}
+
+void sayNoDisplay(const std::string& why) {
+  std::cerr << "twinlanes: no display to open a window on (" << why
+            << "); to play without a window: " << kHeadlessHint << '\n';
+}
+
+// The preferences folder of a script run: the given one, or a fresh one that
+// goes away with the run.
+std::optional<std::filesystem::path> scriptPrefs(const Flags& flags,
+                                                 std::optional<kit::TempDir>& scratch) {
+  if (flags.prefsDir.empty()) {
+    try {
+      scratch.emplace("twinlanes-prefs");
+    } catch (const std::system_error& error) {
+      std::cerr << "twinlanes: cannot create a temporary preferences folder: " << error.what()
+                << '\n';
+      return std::nullopt;
+    }
+    return scratch->path();
+  }
+  std::error_code ignored;
+  std::filesystem::create_directories(flags.prefsDir, ignored);
+  return std::filesystem::path(flags.prefsDir);
+}
+
+// A script against the whole host: in a window (each frame shown, screenshots
+// possible) or, with --headless, without one.
+int runScript(const Flags& flags) {
   std::ifstream file;
   std::istream* script = &std::cin;
   const std::string scriptName = flags.script == "-" ? "<stdin>" : flags.script;
@@ -37,37 +105,71 @@ int runHeadless(const Flags& flags) {
     }
     script = &file;
   }
-
-  // Preferences live in the given folder, or in a fresh one that goes away
-  // with the run.
-  std::optional<kit::TempDir> scratch;
-  std::filesystem::path prefs;
-  if (flags.prefsDir.empty()) {
-    try {
-      scratch.emplace("twinlanes-prefs");
-    } catch (const std::system_error& error) {
-      std::cerr << "twinlanes: cannot create a temporary preferences folder: " << error.what()
-                << '\n';
-      return 2;
+  if (!flags.headless) {
+    std::string why;
+    if (!kit::RenderWindow::displayAvailable(&why)) {
+      sayNoDisplay(why);
+      return 1;
     }
-    prefs = scratch->path();
-  } else {
-    prefs = flags.prefsDir;
-    std::error_code ignored;
-    std::filesystem::create_directories(prefs, ignored);
   }
+  std::optional<kit::TempDir> scratch;
+  const std::optional<std::filesystem::path> prefs = scriptPrefs(flags, scratch);
+  if (!prefs)
+    return 2;
 
-  kit::HeadlessPlatform platform(prefs, TWINLANES_RESOURCES_DIR);
+  const std::filesystem::path resources = findResources();
+  kit::HeadlessPlatform platform(*prefs, resources);
   // Unseeded runs draw from the real time, as the game does; the dump tells
   // the seed so that any run can be replayed.
   platform.clock.setNow(static_cast<int64_t>(std::time(nullptr)));
-  HeadlessHost host(platform.services());
+  NoHostServices hostServices;
+  AppScenarioHost host({resources, !flags.headless, flags.scale}, platform.services(),
+                       hostServices);
   ScenarioRunner runner(platform, host, std::cout);
   if (flags.seed)
     runner.setSeed(*flags.seed);
-  if (flags.device == "pad")
-    runner.setDevice(kit::Device::Idiom::Pad, {768, 1024});
+  const bool pad = flags.device == "pad";
+  if (pad || flags.size) {
+    const kit::Size standard = pad ? kit::Size{768, 1024} : kit::Size{320, 568};
+    runner.setDevice(pad ? kit::Device::Idiom::Pad : kit::Device::Idiom::Phone,
+                     flags.size.value_or(standard));
+  }
   return runner.run(*script, scriptName, std::cerr);
+}
+
+// The game in a window, for a player.
+int runGame(const Flags& flags) {
+  const std::filesystem::path resources = findResources();
+  GameApplication::Options options;
+  options.application.title = "Twin Lanes";
+  options.application.resourceDir = resources;
+  options.application.icon = resources / "icons" / "twinlanes-256.png";
+  options.application.profile = flags.device;
+  options.application.sceneSize = flags.size;
+  options.application.prefsDir = flags.prefsDir;
+  options.application.fullscreen = flags.fullscreen;
+  options.application.windowScale = flags.scale;
+  options.seed = flags.seed;
+  options.autoplay = flags.autoplay;
+
+  std::string why;
+  if (!kit::RenderWindow::displayAvailable(&why)) {
+    sayNoDisplay(why);
+    return 1;
+  }
+  NoHostServices hostServices;
+  GameApplication game(options, hostServices);
+  std::string error;
+  if (!game.launch(&error)) {
+    std::cerr << "twinlanes: " << error << '\n';
+    return 1;
+  }
+  const int status = game.run(flags.frames);
+  if (!flags.screenshot.empty() && !game.application().saveScreenshot(flags.screenshot, &error)) {
+    std::cerr << "twinlanes: " << error << '\n';
+    return 1;
+  }
+  return status;
 }
 
 }  // namespace
@@ -76,35 +178,60 @@ int twinlanesMain(int argc, char** argv) {
   CLI::App app{"Twin Lanes: steer two cars at once on four lanes.", "twinlanes"};
   Flags flags;
   app.set_version_flag("--version", "twinlanes " TWINLANES_VERSION);
-  app.add_flag("--headless", flags.headless,
-               "Run without a window, driven by a script (see --script)");
-  app.add_option("--script", flags.script,
-                 "Scenario script to run headless, or - for standard input");
+  app.add_option("--device", flags.device, "Device profile: phone (320x568) or pad (768x1024)")
+      ->check(CLI::IsMember({"phone", "pad"}));
+  app.add_option_function<std::string>(
+         "--size", [&](const std::string& text) { flags.size = parseSize(text); },
+         "Scene size in points, WxH, instead of the profile's")
+      ->check(CLI::Validator(
+          [](std::string& text) {
+            return parseSize(text) ? std::string() : "expected WxH, e.g. 320x568, not " + text;
+          },
+          "WxH"));
+  app.add_flag("--fullscreen", flags.fullscreen, "Start in fullscreen (F11 or Alt+Enter toggles)");
+  app.add_option("--scale", flags.scale,
+                 "Window pixels per point (default: the largest that fits the desktop)")
+      ->check(CLI::Range(0.25, 8.0));
   app.add_option("--prefs-dir", flags.prefsDir,
-                 "Folder for the preferences file (default: a fresh temporary folder)");
+                 "Folder for the preferences file (default: the per-user data folder; a fresh "
+                 "temporary folder for scripts)");
   app.add_option_function<unsigned>(
       "--seed", [&](const unsigned& seed) { flags.seed = seed; },
       "Seed for the game's random numbers (default: the time)");
-  app.add_option("--device", flags.device, "Device profile: phone (320x568) or pad (768x1024)")
-      ->check(CLI::IsMember({"phone", "pad"}));
+  app.add_option("--script", flags.script,
+                 "Play a scenario script (a file, or - for standard input) in a window, or "
+                 "without one with --headless");
+  app.add_flag("--headless", flags.headless, "No window at all (needs --script)");
+  app.add_option_function<uint64_t>(
+         "--frames", [&](const uint64_t& n) { flags.frames = n; },
+         "Run this many frames of the window, then exit")
+      ->check(CLI::PositiveNumber);
+  app.add_option("--screenshot", flags.screenshot, "Save the window as this PNG on exit");
+  app.add_flag("--autoplay", flags.autoplay, "Let the built-in player play (a demo)");
   app.footer(
+      "Keys: Left/A and Right/D/L steer the left and right car, Space/Enter press play,\n"
+      "F11 or Alt+Enter toggle fullscreen, Escape quits. Mouse, touch screen and game\n"
+      "controller (d-pad or shoulders to steer, A to play) work too.\n"
+      "\n"
       "Scenario commands, one per line (# starts a comment):\n"
       "  seed N | device phone|pad W H | start | frames N | wait SECONDS\n"
       "  tap X Y [X Y ...] | tapbutton play|helpplay|again | autoplay on|off\n"
-      "  dump | pref KEY\n"
+      "  dump | pref KEY | screenshot FILE.png\n"
       "Example: echo -e 'start\\ntapbutton play\\nwait 3\\ndump' | twinlanes --headless --script "
       "-");
   CLI11_PARSE(app, argc, argv);
 
-  if (!flags.headless) {
-    std::cout << "Twin Lanes: the windowed game is on its way. Until then, play it headless:\n"
-                 "  twinlanes --headless --script FILE   (or --script - to read standard input)\n"
-                 "See twinlanes --help for the script commands.\n";
-    return 1;
+  if (!flags.script.empty()) {
+    if (flags.frames || !flags.screenshot.empty() || flags.autoplay) {
+      std::cerr << "twinlanes: --frames, --screenshot and --autoplay are for the game itself; a "
+                   "script uses its frames, screenshot and autoplay commands\n";
+      return 2;
+    }
+    return runScript(flags);
   }
-  if (flags.script.empty()) {
+  if (flags.headless) {
     std::cerr << "twinlanes: --headless needs --script FILE (or --script - for standard input)\n";
     return 2;
   }
-  return runHeadless(flags);
+  return runGame(flags);
 }

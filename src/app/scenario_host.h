@@ -2,17 +2,19 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "game/game_scene.h"
 #include "kit/foundation/geometry.h"
 #include "kit/foundation/services.h"
+#include "kit/foundation/value.h"
 #include "kit/scene/frame_driver.h"
 
 // The seam between the scenario runner and whoever hosts the game. The runner
 // owns the services (a manual clock among them) and drives the frames; the
 // host brings the game up the way the host view controller does when its view
-// has loaded, and may show each frame. HeadlessHost is the headless one; a
-// windowed host plugs in here with the real view controller and a window.
+// has loaded, and may show each frame. HeadlessHost is the bare one (the scene
+// alone); AppScenarioHost runs the whole host, with or without a window.
 class ScenarioHost {
  public:
   virtual ~ScenarioHost() = default;
@@ -28,6 +30,17 @@ class ScenarioHost {
   virtual kit::FrameDriver& frameDriver() = 0;
   // After each frame the runner has run (a windowed host draws it here).
   virtual void frameDidRun() {}
+  // Saves what the host shows now as a PNG. False with the reason when it
+  // cannot; a host without a window never can.
+  virtual bool screenshot(const std::string& file, std::string* error) {
+    (void)file;
+    if (error)
+      *error = "screenshots need a window (run without --headless)";
+    return false;
+  }
+  // What the host adds to a dump (a window host: "window" and "views");
+  // nothing by default.
+  virtual kit::Value::Dictionary describeWindow() const { return {}; }
 };
 
 // Hosts the game with nothing on screen: the scene and its frame driver, on

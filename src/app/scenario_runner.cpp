@@ -131,6 +131,12 @@ void ScenarioRunner::execute(std::string_view line) {
   } else if (command == "dump") {
     expectCount(w, 1, "dump");
     out_ << kit::toJson(dump()) << std::endl;
+  } else if (command == "screenshot") {
+    expectCount(w, 2, "screenshot FILE.png");
+    startedScene("screenshot");
+    std::string error;
+    if (!host_.screenshot(std::string(w[1]), &error))
+      throw ScriptError(error);
   } else if (command == "pref") {
     expectCount(w, 2, "pref KEY");
     out_ << kit::toJson(pref(std::string(w[1]))) << std::endl;
@@ -209,6 +215,8 @@ void ScenarioRunner::tapButton(std::string_view name) {
 
 kit::Value ScenarioRunner::dump() {
   kit::Value::Dictionary state = describeScene(startedScene("dump"));
+  for (auto& [key, value] : host_.describeWindow())
+    state[key] = value;
   state["frame"] = static_cast<long long>(frame_);
   state["seed"] = static_cast<long long>(usedSeed_);
   state["notifications"] = kit::Value::Dictionary{

@@ -38,8 +38,10 @@ class ScriptError : public std::runtime_error {
 //                             points), delivered at the next frame
 //   tapbutton play|helpplay|again   a tap at the centre of that button
 //   autoplay on|off           let the built-in player tap, frame by frame
-//   dump                      print the state as one line of JSON
+//   dump                      print the state as one line of JSON (with a window:
+//                             "window" and the "views" above the scene too)
 //   pref KEY                  print that preference as JSON (null when absent)
+//   screenshot FILE.png       save what the window shows now (needs a window)
 class ScenarioRunner {
  public:
   ScenarioRunner(kit::HeadlessPlatform& platform, ScenarioHost& host, std::ostream& out);

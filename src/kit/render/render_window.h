@@ -31,6 +31,10 @@ class RenderWindow {
   // The outer margin kept free around a window opened to fit the desktop.
   static constexpr double kDesktopMargin = 48;
 
+  // Whether a window could be opened at all (SDL's video starts), with
+  // SDL's reason when not. Cheap enough to ask before anything else.
+  static bool displayAvailable(std::string* error);
+
   // Opens the window, or returns nullptr and a one-line reason in `error`
   // (no display, no renderer). Never exits the process.
   static std::unique_ptr<RenderWindow> open(const WindowOptions& options, std::string* error);

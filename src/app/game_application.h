@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/app_delegate.h"
+#include "app/host_services.h"
+#include "app/view_controller.h"
+#include "game/autoplayer.h"
+#include "kit/render/application.h"
+
+// The game as an application: a kit::Application whose layout's
+// "ViewController" is the host controller (with the run's seed and the host
+// services), whose delegate is AppDelegate, where Space, Enter or a
+// controller's A press the play or play-again button that is up, and where a
+// built-in player can take the taps (a demo). The host services (and given
+// services) are borrowed and outlive it.
+class GameApplication {
+ public:
+  struct Options {
+    kit::ApplicationOptions application;
+    std::optional<unsigned> seed;
+    bool autoplay = false;
+  };
+
+  // With the real services.
+  GameApplication(Options options, HostServices& host);
+  // With borrowed services (scripted runs on a manual clock).
+  GameApplication(Options options, HostServices& host, const kit::Services& services);
+
+  // See kit::Application::launch.
+  bool launch(std::string* error);
+  // The main loop; see kit::Application::run.
+  int run(std::optional<uint64_t> frameLimit = std::nullopt);
+
+  void setAutoplay(bool on) { autoplay_ = on; }
+  // Where the button that Space presses is (scene points), if one is up.
+  std::optional<kit::Point> primaryButton() const;
+
+  kit::Application& application() { return *application_; }
+  const std::shared_ptr<AppDelegate>& delegate() const { return delegate_; }
+  // Null before launch.
+  const std::shared_ptr<ViewController>& viewController() const { return controller_; }
+  std::shared_ptr<GameScene> scene() const;
+
+ private:
+  void wire(const Options& options, HostServices& host, const kit::Services& services);
+
+  std::shared_ptr<AppDelegate> delegate_ = std::make_shared<AppDelegate>();
+  std::unique_ptr<kit::Application> application_;
+  std::shared_ptr<ViewController> controller_;
+  Autoplayer autoplayer_;
+  bool autoplay_ = false;
+};
