@@ -1,0 +1,122 @@
+#include "adsdk/creative_source.h"
+
+#include <algorithm>
+
+#include "kit/foundation/read_file.h"
+#include "kit/ui/svg_image.h"
+
+namespace {
+
+AdAnswer failure(GADErrorCode code, std::string reason) {
+  return {std::nullopt, GADRequestError(code, std::move(reason))};
+}
+
+bool looksLikeSvg(std::string_view bytes) {
+  const std::string_view head = bytes.substr(0, 1024);
+  return head.find("<svg") != std::string_view::npos;
+}
+
+}  // namespace
+
+std::optional<std::string> BundledCreatives::manifest(AdAnswer& error) {
+  auto text = kit::readSmallFile(folder_ / "manifest.json", kMaxManifestBytes);
+  if (!text)
+    error =
+        failure(GADErrorCode::InternalError, "the bundled ad manifest is missing or too large: " +
+                                                 (folder_ / "manifest.json").string());
+  return text;
+}
+
+std::optional<std::string> BundledCreatives::picture(const std::string& file, AdAnswer& error) {
+  auto bytes = AdManifest::isSafeFile(file) ? kit::readSmallFile(folder_ / file, kMaxPictureBytes)
+                                            : std::nullopt;
+  if (!bytes)
+    error = failure(GADErrorCode::InternalError,
+                    "the bundled ad picture is missing or too large: " + file);
+  return bytes;
+}
+
+ServedCreatives::ServedCreatives(kit::HttpClient& http, std::string manifestURL,
+                                 int64_t totalTimeoutMs)
+    : http_(http), manifestURL_(std::move(manifestURL)), totalTimeoutMs_(totalTimeoutMs) {
+  const size_t slash = manifestURL_.rfind('/');
+  const size_t scheme = manifestURL_.find("://");
+  base_ = slash != std::string::npos && scheme != std::string::npos && slash > scheme + 2
+              ? manifestURL_.substr(0, slash + 1)
+              : manifestURL_ + "/";
+}
+
+std::optional<std::string> ServedCreatives::fetch(const std::string& url, size_t maxBytes,
+                                                  AdAnswer& error) {
+  kit::HttpRequest request;
+  request.url = url;
+  request.totalTimeoutMs = totalTimeoutMs_;
+  request.connectTimeoutMs = std::min(kConnectTimeoutMs, totalTimeoutMs_);
+  request.maxBodyBytes = maxBytes;
+  kit::HttpResponse response = http_.get(request);
+  if (!response.ok) {
+    const GADErrorCode code =
+        response.status >= 400 ? GADErrorCode::ServerError : GADErrorCode::NetworkError;
+    error = failure(code, "the ad server failed for " + url + ": " + response.error);
+    return std::nullopt;
+  }
+  return std::move(response.body);
+}
+
+std::optional<std::string> ServedCreatives::manifest(AdAnswer& error) {
+  return fetch(manifestURL_, kMaxManifestBytes, error);
+}
+
+std::optional<std::string> ServedCreatives::picture(const std::string& file, AdAnswer& error) {
+  if (!AdManifest::isSafeFile(file)) {
+    error = failure(GADErrorCode::ServerError, "the ad server named a bad picture: " + file);
+    return std::nullopt;
+  }
+  return fetch(base_ + file, kMaxPictureBytes, error);
+}
+
+std::optional<kit::Image> decodePicture(const std::string& bytes, kit::Size size, double scale,
+                                        std::string* error) {
+  if (bytes.size() >= 8 && bytes.compare(0, 4, "\x89PNG") == 0)
+    return kit::Image::fromPngData(bytes, scale, error);
+  if (looksLikeSvg(bytes))
+    return kit::rasterizeSvg(bytes, size, scale, error);
+  if (error)
+    *error = "neither a PNG nor an SVG picture";
+  return std::nullopt;
+}
+
+AdAnswer loadCreative(CreativeSource& source, const AdSlot& slot, size_t sequence,
+                      std::vector<std::string>& warnings) {
+  AdAnswer answer;
+  const std::optional<std::string> text = source.manifest(answer);
+  if (!text)
+    return answer;
+  std::string why;
+  const std::optional<AdManifest> manifest = AdManifest::parse(*text, &why, &warnings);
+  if (!manifest)
+    return failure(source.brokenContentCode(), why);
+  const std::vector<AdManifest::Entry>& entries = manifest->entries(slot.format);
+  if (entries.empty())
+    return failure(GADErrorCode::NoFill, slot.format == AdFormat::Banner
+                                             ? "no house ad to show in a banner"
+                                             : "no house ad to show full screen");
+
+  const AdManifest::Entry& entry = entries[sequence % entries.size()];
+  const AdManifest::Picture& picture = AdManifest::pictureFor(entry, slot.size);
+  const std::optional<std::string> bytes = source.picture(picture.file, answer);
+  if (!bytes)
+    return answer;
+  // Drawn as large as the picture's shape fits in the slot.
+  const double fit =
+      std::min(slot.size.width / picture.size.width, slot.size.height / picture.size.height);
+  const kit::Size drawn{picture.size.width * fit, picture.size.height * fit};
+  std::optional<kit::Image> image = decodePicture(*bytes, drawn, slot.scale, &why);
+  if (!image)
+    return failure(source.brokenContentCode(),
+                   "ad \"" + entry.name + "\": " + picture.file + ": " + why);
+  answer.creative =
+      AdCreative{entry.name, entry.clickURL, std::make_shared<kit::Image>(std::move(*image))};
+  answer.error.reset();
+  return answer;
+}

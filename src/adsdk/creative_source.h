@@ -1,0 +1,78 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "adsdk/ad_manifest.h"
+#include "adsdk/ad_network.h"
+#include "kit/foundation/http.h"
+
+// Where a house-ad network finds its manifest and pictures: files below a
+// folder, or URLs below an ad server's manifest URL. Both read on a worker
+// thread; nothing they return is trusted (sizes are capped, and the
+// manifest is checked when read).
+class CreativeSource {
+ public:
+  // Largest manifest and picture, in bytes.
+  static constexpr size_t kMaxManifestBytes = 64 * 1024;
+  static constexpr size_t kMaxPictureBytes = 1 << 20;
+
+  virtual ~CreativeSource() = default;
+
+  // The manifest text, or nullopt with the failure in `error`.
+  virtual std::optional<std::string> manifest(AdAnswer& error) = 0;
+  // The bytes of `file` (a path the manifest named), or nullopt with the
+  // failure in `error`.
+  virtual std::optional<std::string> picture(const std::string& file, AdAnswer& error) = 0;
+  // The code of a failure caused by what the source holds (a broken
+  // manifest or picture).
+  virtual GADErrorCode brokenContentCode() const = 0;
+};
+
+// manifest.json and the pictures in one folder (the bundled ads).
+class BundledCreatives final : public CreativeSource {
+ public:
+  explicit BundledCreatives(std::filesystem::path folder) : folder_(std::move(folder)) {}
+  std::optional<std::string> manifest(AdAnswer& error) override;
+  std::optional<std::string> picture(const std::string& file, AdAnswer& error) override;
+  GADErrorCode brokenContentCode() const override { return GADErrorCode::InternalError; }
+
+ private:
+  std::filesystem::path folder_;
+};
+
+// A manifest served at an http or https URL, with the pictures at paths
+// relative to it, fetched with short time limits. The client is borrowed,
+// thread-safe, and outlives the source.
+class ServedCreatives final : public CreativeSource {
+ public:
+  static constexpr int64_t kConnectTimeoutMs = 3000;
+  static constexpr int64_t kTotalTimeoutMs = 6000;
+
+  ServedCreatives(kit::HttpClient& http, std::string manifestURL,
+                  int64_t totalTimeoutMs = kTotalTimeoutMs);
+  std::optional<std::string> manifest(AdAnswer& error) override;
+  std::optional<std::string> picture(const std::string& file, AdAnswer& error) override;
+  GADErrorCode brokenContentCode() const override { return GADErrorCode::ServerError; }
+
+ private:
+  std::optional<std::string> fetch(const std::string& url, size_t maxBytes, AdAnswer& error);
+
+  kit::HttpClient& http_;
+  std::string manifestURL_;
+  std::string base_;  // the manifest URL up to its last '/'
+  int64_t totalTimeoutMs_;
+};
+
+// Loads the `sequence`-th ad of the slot's format (counting round the
+// manifest's entries) from `source`, drawn for the slot: the creative, or
+// the error saying why there is none. Notes on left-out manifest entries go
+// to `warnings`. Runs on any thread.
+AdAnswer loadCreative(CreativeSource& source, const AdSlot& slot, size_t sequence,
+                      std::vector<std::string>& warnings);
+
+// A PNG or SVG picture drawn to fit `size` points at `scale`; nullopt with
+// the reason in `error` when the bytes are neither, or broken.
+std::optional<kit::Image> decodePicture(const std::string& bytes, kit::Size size, double scale,
+                                        std::string* error);

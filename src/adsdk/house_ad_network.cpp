@@ -1,0 +1,256 @@
+#include "adsdk/house_ad_network.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "adsdk/creative_source.h"
+
+namespace {
+
+// "ca-app-pub-" + 16 digits + "/" + 10 digits.
+bool isAdUnitID(const std::string& id) {
+  constexpr std::string_view kPrefix = "ca-app-pub-";
+  if (id.size() != kPrefix.size() + 16 + 1 + 10 || id.compare(0, kPrefix.size(), kPrefix) != 0)
+    return false;
+  for (size_t i = kPrefix.size(); i < id.size(); ++i) {
+    const bool slash = i == kPrefix.size() + 16;
+    if (slash ? id[i] != '/' : (id[i] < '0' || id[i] > '9'))
+      return false;
+  }
+  return true;
+}
+
+bool isUsableSize(kit::Size size) {
+  return std::isfinite(size.width) && std::isfinite(size.height) && size.width >= 1 &&
+         size.height >= 1;
+}
+
+AdAnswer failure(GADErrorCode code, std::string reason) {
+  return {std::nullopt, GADRequestError(code, std::move(reason))};
+}
+
+// What the worker hands back to the main thread.
+struct Loaded {
+  AdAnswer answer;
+  std::vector<std::string> warnings;
+};
+
+}  // namespace
+
+struct HouseAdNetwork::Pending {
+  AdFormat format = AdFormat::Banner;
+  Completion done;
+  std::shared_ptr<kit::Timer> timer;
+  std::optional<AdAnswer> answer;  // known at once (a refused request), or taken from finished
+  bool due = false;                // the answer's delay has passed
+};
+
+// State reached from timers, posted tasks and the worker. `owner` is valid
+// whenever a main-thread task can lock this (the network holds the only
+// lasting reference and goes on the main thread).
+struct HouseAdNetwork::Shared {
+  HouseAdNetwork* owner = nullptr;
+  std::map<uint64_t, Pending> pending;  // main thread only
+
+  std::mutex mutex;  // guards finished
+  std::condition_variable finishedChanged;
+  std::map<uint64_t, Loaded> finished;
+};
+
+// One thread that reads and draws creatives, one request at a time. Queued
+// loads are dropped when it stops; the one in flight is waited for.
+struct HouseAdNetwork::Worker {
+  explicit Worker(std::unique_ptr<CreativeSource> s) : source(std::move(s)) {}
+  ~Worker() {
+    {
+      std::lock_guard<std::mutex> lock(mutex);
+      stop = true;
+      jobs.clear();
+    }
+    wake.notify_all();
+    if (thread.joinable())
+      thread.join();
+  }
+
+  void post(std::function<void(CreativeSource&)> job) {
+    std::lock_guard<std::mutex> lock(mutex);
+    jobs.push_back(std::move(job));
+    if (!thread.joinable())
+      thread = std::thread([this] { run(); });
+    wake.notify_one();
+  }
+
+  void run() {
+    for (;;) {
+      std::function<void(CreativeSource&)> job;
+      {
+        std::unique_lock<std::mutex> lock(mutex);
+        wake.wait(lock, [this] { return stop || !jobs.empty(); });
+        if (stop)
+          return;
+        job = std::move(jobs.front());
+        jobs.pop_front();
+      }
+      job(*source);
+    }
+  }
+
+  std::unique_ptr<CreativeSource> source;  // used on the worker thread only
+  std::mutex mutex;
+  std::condition_variable wake;
+  std::deque<std::function<void(CreativeSource&)>> jobs;
+  bool stop = false;
+  std::thread thread;
+};
+
+HouseAdNetwork::HouseAdNetwork(const kit::Services& services, Options options)
+    : services_(services), options_(std::move(options)), shared_(std::make_shared<Shared>()) {
+  shared_->owner = this;
+  std::unique_ptr<CreativeSource> source;
+  if (options_.serverURL.empty()) {
+    source = std::make_unique<BundledCreatives>(options_.bundledFolder.empty()
+                                                    ? services_.bundle.resourceDir() / "ads"
+                                                    : options_.bundledFolder);
+  } else {
+    source = std::make_unique<ServedCreatives>(services_.http, options_.serverURL,
+                                               options_.serverTimeoutMs);
+  }
+  worker_ = std::make_unique<Worker>(std::move(source));
+}
+
+HouseAdNetwork::~HouseAdNetwork() {
+  worker_.reset();
+  shared_->owner = nullptr;
+  for (auto& [id, pending] : shared_->pending) {
+    if (pending.timer)
+      pending.timer->invalidate();
+  }
+}
+
+HouseAdNetwork::Options HouseAdNetwork::optionsFromBundle(const kit::Bundle& bundle) {
+  Options options;
+  options.serverURL = bundle.infoValue("adServerUrl").stringValue().value_or("");
+  return options;
+}
+
+void HouseAdNetwork::setAnswer(Answer answer, double slowSeconds) {
+  answer_ = answer;
+  slowSeconds_ = std::isfinite(slowSeconds) ? std::max(slowSeconds, 0.0) : 0.0;
+}
+
+void HouseAdNetwork::requestAd(const AdSlot& slot, Completion done) {
+  const uint64_t id = nextId_++;
+  Pending pending;
+  pending.format = slot.format;
+  pending.done = std::move(done);
+  double delay = options_.answerDelaySeconds;
+  if (!isAdUnitID(slot.adUnitID)) {
+    pending.answer = failure(GADErrorCode::InvalidRequest,
+                             "Invalid request: \"" + slot.adUnitID + "\" is not an ad unit ID");
+  } else if (!isUsableSize(slot.size)) {
+    pending.answer = failure(GADErrorCode::InvalidRequest, "Invalid request: the ad has no size");
+  } else if (answer_ == Answer::Fail) {
+    pending.answer = failure(GADErrorCode::NoFill, "Request Error: No ad to show.");
+  } else {
+    if (answer_ == Answer::Slow)
+      delay = slowSeconds_;
+    const size_t sequence = sequence_[slot.format]++;
+    std::shared_ptr<Shared> shared = shared_;
+    kit::RunLoop& runLoop = services_.runLoop;
+    worker_->post([shared, &runLoop, slot, sequence, id](CreativeSource& source) {
+      Loaded loaded;
+      loaded.answer = loadCreative(source, slot, sequence, loaded.warnings);
+      {
+        std::lock_guard<std::mutex> lock(shared->mutex);
+        shared->finished[id] = std::move(loaded);
+      }
+      shared->finishedChanged.notify_all();
+      std::weak_ptr<Shared> weak = shared;
+      runLoop.post([weak, id] {
+        if (auto s = weak.lock(); s && s->owner)
+          s->owner->deliverIfReady(id);
+      });
+    });
+  }
+  std::weak_ptr<Shared> weak = shared_;
+  pending.timer = services_.runLoop.scheduledTimer(
+      std::max(delay, 0.0),
+      [weak, id] {
+        auto s = weak.lock();
+        if (!s || !s->owner)
+          return;
+        if (auto it = s->pending.find(id); it != s->pending.end())
+          it->second.due = true;
+        s->owner->deliverIfReady(id);
+      },
+      false);
+  shared_->pending.emplace(id, std::move(pending));
+}
+
+void HouseAdNetwork::deliverIfReady(uint64_t id) {
+  auto it = shared_->pending.find(id);
+  if (it == shared_->pending.end()) {
+    // Answered already (a deterministic wait gave up): drop the late load.
+    std::lock_guard<std::mutex> lock(shared_->mutex);
+    shared_->finished.erase(id);
+    return;
+  }
+  Pending& pending = it->second;
+  if (!pending.due)
+    return;
+  if (!pending.answer) {
+    std::unique_lock<std::mutex> lock(shared_->mutex);
+    if (options_.deterministic) {
+      shared_->finishedChanged.wait_for(lock,
+                                        std::chrono::duration<double>(kDeterministicWaitSeconds),
+                                        [&] { return shared_->finished.count(id) != 0; });
+    }
+    auto loaded = shared_->finished.find(id);
+    if (loaded != shared_->finished.end()) {
+      for (const std::string& line : loaded->second.warnings)
+        services_.log.write(line);
+      pending.answer = std::move(loaded->second.answer);
+      shared_->finished.erase(loaded);
+    } else if (options_.deterministic) {
+      pending.answer = failure(GADErrorCode::Timeout, "Request Error: the ad took too long.");
+    } else {
+      return;  // the worker's post brings it
+    }
+  }
+  Completion done = std::move(pending.done);
+  const AdAnswer answer = std::move(*pending.answer);
+  // Interstitials tell nobody of a failure; the log does.
+  if (pending.format == AdFormat::Interstitial && answer.error)
+    services_.log.write("Interstitial ad not loaded: " + answer.error->localizedFailureReason());
+  if (pending.timer)
+    pending.timer->invalidate();
+  shared_->pending.erase(it);
+  if (done)
+    done(answer);
+}
+
+void HouseAdNetwork::openClickThrough(const AdCreative& creative) {
+  ++clicks_;
+  if (!services_.urlOpener.openURL(creative.clickURL))
+    services_.log.write("ad page not opened: " + creative.clickURL);
+}
+
+void HouseAdNetwork::recordImpression(AdFormat format, const AdCreative&) {
+  ++impressions_[format];
+}
+
+int HouseAdNetwork::impressions(AdFormat format) const {
+  auto it = impressions_.find(format);
+  return it == impressions_.end() ? 0 : it->second;
+}
+
+size_t HouseAdNetwork::pendingRequests() const {
+  return shared_->pending.size();
+}

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "adsdk/ad_network.h"
+#include "kit/foundation/services.h"
+
+// The network behind the stand-in SDK: house ads for the game itself, from
+// the bundled ads/ folder of the resources or, when the publisher config
+// names an "adServerUrl", from that server. Creatives are read and drawn on
+// a worker thread; each answer is delivered on the main run loop once its
+// delay (0.5 s of the run loop's clock by default) has passed, so a frame
+// never waits for an ad.
+//
+// For tests and scripted runs the network can be told how to answer the
+// next requests (fill, fail, or slow), and made deterministic: each answer
+// then comes at exactly its delay, the main thread waiting for the worker at
+// that moment if it must.
+//
+// Borrows the services (which outlive it); owned by whoever sets the ads up
+// (views hold it weakly). Destroying it drops pending answers unrun and waits
+// for a load in flight (at most the HTTP time limits). Main thread only.
+class HouseAdNetwork final : public AdNetwork {
+ public:
+  enum class Answer { Fill, Fail, Slow };
+
+  struct Options {
+    // The ad server's manifest URL; empty for the bundled ads.
+    std::string serverURL;
+    // The bundled ads' folder; empty for ads/ in the resources.
+    std::filesystem::path bundledFolder;
+    // The longest each request to the ad server may take.
+    int64_t serverTimeoutMs = 6000;
+    double answerDelaySeconds = 0.5;
+    bool deterministic = false;
+  };
+
+  // The longest a deterministic answer waits for the worker before the
+  // request fails with a timeout.
+  static constexpr double kDeterministicWaitSeconds = 30;
+
+  HouseAdNetwork(const kit::Services& services, Options options);
+  ~HouseAdNetwork() override;
+  HouseAdNetwork(const HouseAdNetwork&) = delete;
+  HouseAdNetwork& operator=(const HouseAdNetwork&) = delete;
+
+  // The options the publisher config asks for ("adServerUrl").
+  static Options optionsFromBundle(const kit::Bundle& bundle);
+
+  // How the next requests are answered: with an ad (after the usual delay),
+  // with a no-fill error, or with an ad after `slowSeconds`.
+  void setAnswer(Answer answer, double slowSeconds = 0);
+  Answer answer() const { return answer_; }
+
+  void requestAd(const AdSlot& slot, Completion done) override;
+  void openClickThrough(const AdCreative& creative) override;
+  void recordImpression(AdFormat format, const AdCreative& creative) override;
+
+  // Counts since the network was made, for reports and dumps.
+  int impressions(AdFormat format) const;
+  int clicks() const { return clicks_; }
+  // Requests whose answer has not been delivered yet.
+  size_t pendingRequests() const;
+
+ private:
+  struct Shared;
+  struct Worker;
+  struct Pending;
+
+  void deliverIfReady(uint64_t id);
+
+  kit::Services services_;
+  Options options_;
+  std::shared_ptr<Shared> shared_;
+  std::unique_ptr<Worker> worker_;
+  Answer answer_ = Answer::Fill;
+  double slowSeconds_ = 0;
+  uint64_t nextId_ = 1;
+  std::map<AdFormat, uint64_t> sequence_;
+  std::map<AdFormat, int> impressions_;
+  int clicks_ = 0;
+};
