@@ -83,14 +83,35 @@ std::string AlertView::buttonTitleAtIndex(int buttonIndex) const {
 }
 
 void AlertView::show(const std::shared_ptr<View>& view) {
-  if (shown_ || !view)
+  if (shown_ || waiting_ || !view)
     return;
-  std::shared_ptr<View> host = view->window();
-  if (!host) {
-    host = view;
-    while (auto parent = host->superview())
-      host = parent;
+  if (view->window()) {
+    attach(view->window());
+    return;
   }
+  // A controller still loading its view is not in its window yet: the alert
+  // goes up at the next frame, over the window the view is in by then.
+  waiting_ = true;
+  auto self = std::static_pointer_cast<AlertView>(shared_from_this());
+  std::weak_ptr<View> over = view;
+  View::animateWithDuration(
+      0, [] {},
+      [self, over](bool) {
+        self->waiting_ = false;
+        auto view = over.lock();
+        if (!view || self->shown_)
+          return;
+        std::shared_ptr<View> host = view->window();
+        if (!host) {
+          host = view;
+          while (auto parent = host->superview())
+            host = parent;
+        }
+        self->attach(host);
+      });
+}
+
+void AlertView::attach(const std::shared_ptr<View>& host) {
   shown_ = true;
   setFrame(host->bounds());
   setAutoresizingMask(Autoresizing::FlexibleWidth | Autoresizing::FlexibleHeight);

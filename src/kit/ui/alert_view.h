@@ -52,8 +52,10 @@ class AlertView final : public View, public KeyReceiver {
   int cancelButtonIndex() const { return hasCancel_ ? 0 : -1; }
   int highlightedButtonIndex() const { return highlighted_; }
 
-  // Shows the alert over the window of `view` (the top of its tree when it
-  // has none), fading in. Ignored when already shown or `view` is null.
+  // Shows the alert over the window of `view`, fading in. A view not in a
+  // window yet (its controller is still loading it) gets the alert at the
+  // next frame, over the window it is in by then (or the top of its tree).
+  // Ignored when already shown or `view` is null.
   void show(const std::shared_ptr<View>& view);
   bool isVisible() const { return shown_ && !dismissing_; }
   // Fades the alert out and removes it, telling the delegate (will, then did
@@ -80,6 +82,7 @@ class AlertView final : public View, public KeyReceiver {
     std::shared_ptr<View> view;
   };
 
+  void attach(const std::shared_ptr<View>& host);
   void layout(Size hostSize);
   void addButton(int index, Rect frame, bool bold);
   void setHighlighted(int buttonIndex);
@@ -95,6 +98,7 @@ class AlertView final : public View, public KeyReceiver {
   std::vector<Button> buttons_;  // in the order the highlight moves through
   int highlighted_ = -1;
   bool shown_ = false;
+  bool waiting_ = false;  // for the view to join its window
   bool dismissing_ = false;
 };
 

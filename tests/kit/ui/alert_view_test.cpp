@@ -159,16 +159,30 @@ TEST_F(AlertViewTest, WithoutACancelButtonEscapeIsSwallowed) {
   EXPECT_EQ(alert->highlightedButtonIndex(), 0);
 }
 
-TEST_F(AlertViewTest, AlertOverAViewOutsideAnyWindowGoesOnTopOfItsTree) {
+TEST_F(AlertViewTest, AlertShownWhileAViewLoadsGoesOverItsWindowAtTheNextFrame) {
+  // As a controller does in viewDidLoad, before the window holds its view.
+  auto loading = std::make_shared<View>(Rect{{0, 0}, {100, 100}});
+  auto alert = std::make_shared<AlertView>("T", "M", delegate, "OK", std::vector<std::string>{});
+  alert->show(loading);
+  alert->show(loading);  // once only
+  EXPECT_FALSE(alert->superview());
+  game->addSubview(loading);
+  advance(0.3);
+  EXPECT_EQ(alert->superview(), window);
+  EXPECT_EQ(alert->frame(), window->bounds());
+  EXPECT_EQ(AlertView::visibleAlert(*window), alert);
+  EXPECT_EQ(window->subviews().size(), 2u);
+}
+
+TEST_F(AlertViewTest, AlertOverAViewThatNeverJoinsAWindowGoesOnTopOfItsTree) {
   auto top = std::make_shared<View>(Rect{{0, 0}, {200, 300}});
   auto inner = std::make_shared<View>(Rect{{10, 10}, {50, 50}});
   top->addSubview(inner);
   auto alert = std::make_shared<AlertView>("T", "M", delegate, "OK", std::vector<std::string>{});
   alert->show(inner);
+  advance(0.3);
   EXPECT_EQ(alert->superview(), top);
   EXPECT_EQ(AlertView::visibleAlert(*top), alert);
-  alert->show(inner);  // once only
-  EXPECT_EQ(top->subviews().size(), 2u);
 }
 
 TEST_F(AlertViewTest, DumpNamesTitleMessageButtonsAndTag) {
