@@ -15,7 +15,9 @@
 #include "kit/render/sprite_view.h"
 #include "kit/render/touch_receiver.h"
 #include "kit/scene/frame_driver.h"
+#include "kit/ui/alert_view.h"
 #include "kit/ui/animator.h"
+#include "kit/ui/key_receiver.h"
 #include "kit/ui/screen.h"
 #include "kit/ui/window.h"
 
@@ -25,21 +27,26 @@ namespace {
 // Where one touch goes: the scene (in scene points), a view that handles
 // touches itself, or nowhere (a view swallowed it, or nothing is there).
 struct Route {
-  std::shared_ptr<View> receiverView;
-  TouchReceiver* receiver = nullptr;
-  Point inReceiver;
+  std::shared_ptr<View> receiverView;  // held until the touch is delivered
+  std::function<void()> deliver;
   std::optional<Point> inScene;
 };
 
 // The platform's responder chain: from the topmost view under the point up
-// through its superviews, the first that handles touches takes it.
+// through its superviews, the first that handles touches takes it (a
+// TouchReceiver, or an alert).
 Route route(Window& window, const std::shared_ptr<SpriteView>& sprite, Point windowPoint) {
   Route r;
   for (std::shared_ptr<View> v = window.hitTest(windowPoint); v; v = v->superview()) {
+    const Point inView = v->convertPointFromView(windowPoint, nullptr);
     if (auto* receiver = dynamic_cast<TouchReceiver*>(v.get())) {
-      r.receiver = receiver;
       r.receiverView = v;
-      r.inReceiver = v->convertPointFromView(windowPoint, nullptr);
+      r.deliver = [receiver, inView] { receiver->touchesBegan({inView}); };
+      return r;
+    }
+    if (auto* alert = dynamic_cast<AlertView*>(v.get())) {
+      r.receiverView = v;
+      r.deliver = [alert, inView] { alert->touchesBegan({inView}); };
       return r;
     }
     if (sprite && v == sprite) {
@@ -343,6 +350,11 @@ void Application::pollEvents() {
         break;
     }
   };
+  // A modal panel (an alert) takes the keys it knows before the game does.
+  auto offerKey = [this](std::optional<Key> key) {
+    auto window = this->window();
+    return key && window && deliverKey(*window, *key);
+  };
   SDL_Event e;
   while (SDL_PollEvent(&e)) {
     switch (e.type) {
@@ -392,8 +404,9 @@ void Application::pollEvents() {
         }
         break;
       case SDL_KEYDOWN:
-        if (!e.key.repeat)
-          act(actionForKey(e.key.keysym.sym, e.key.keysym.mod));
+        if (e.key.repeat || offerKey(keyForPanel(e.key.keysym.sym, e.key.keysym.mod)))
+          break;
+        act(actionForKey(e.key.keysym.sym, e.key.keysym.mod));
         break;
       case SDL_CONTROLLERDEVICEADDED:
         if (controllers_)
@@ -404,6 +417,8 @@ void Application::pollEvents() {
           controllers_->removed(e.cdevice.which);
         break;
       case SDL_CONTROLLERBUTTONDOWN:
+        if (offerKey(keyForPanelFromController(e.cbutton.button)))
+          break;
         act(actionForControllerButton(e.cbutton.button));
         break;
       default:
@@ -431,13 +446,13 @@ void Application::touchesBegan(const std::vector<Point>& windowPoints) {
     Route r = route(*window, sprite, p);
     if (r.inScene)
       inScene.push_back(*r.inScene);
-    if (r.receiver)
+    if (r.deliver)
       handled.push_back(std::move(r));
   }
   // Delivered after routing, so that a receiver changing the tree cannot
   // disturb the routing of the event's other touches.
   for (Route& r : handled)
-    r.receiver->touchesBegan({r.inReceiver});
+    r.deliver();
   if (!inScene.empty())
     frameDriver_->touchesBegan(std::move(inScene));
 }

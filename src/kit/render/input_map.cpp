@@ -44,4 +44,47 @@ InputAction actionForControllerButton(int button) {
   }
 }
 
+std::optional<Key> keyForPanel(int32_t keycode, uint16_t modifiers) {
+  switch (keycode) {
+    case SDLK_ESCAPE:
+      return Key::Escape;
+    case SDLK_RETURN:
+    case SDLK_KP_ENTER:
+      if (modifiers & KMOD_ALT)
+        return std::nullopt;
+      return Key::Return;
+    case SDLK_TAB:
+      return (modifiers & KMOD_SHIFT) ? Key::BackTab : Key::Tab;
+    case SDLK_LEFT:
+      return Key::Left;
+    case SDLK_RIGHT:
+      return Key::Right;
+    case SDLK_UP:
+      return Key::Up;
+    case SDLK_DOWN:
+      return Key::Down;
+    default:
+      return std::nullopt;
+  }
+}
+
+std::optional<Key> keyForPanelFromController(int button) {
+  switch (button) {
+    case SDL_CONTROLLER_BUTTON_A:
+      return Key::Return;
+    case SDL_CONTROLLER_BUTTON_B:
+      return Key::Escape;
+    case SDL_CONTROLLER_BUTTON_DPAD_LEFT:
+      return Key::Left;
+    case SDL_CONTROLLER_BUTTON_DPAD_RIGHT:
+      return Key::Right;
+    case SDL_CONTROLLER_BUTTON_DPAD_UP:
+      return Key::Up;
+    case SDL_CONTROLLER_BUTTON_DPAD_DOWN:
+      return Key::Down;
+    default:
+      return std::nullopt;
+  }
+}
+
 }  // namespace kit

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+
+#include "kit/ui/key_receiver.h"
 
 namespace kit {
 
@@ -20,5 +23,13 @@ enum class InputAction {
 InputAction actionForKey(int32_t keycode, uint16_t modifiers);
 // `button` is an SDL_GameControllerButton.
 InputAction actionForControllerButton(int button);
+
+// What a key means to a modal panel that takes the keyboard, if anything:
+// Escape, Return (and keypad Enter), Tab and Shift+Tab, the arrows. Alt+Enter
+// stays the window's.
+std::optional<Key> keyForPanel(int32_t keycode, uint16_t modifiers);
+// The controller's buttons for a panel: A is Return, B is Escape, the d-pad
+// moves.
+std::optional<Key> keyForPanelFromController(int button);
 
 }  // namespace kit

@@ -13,6 +13,7 @@
 #include "kit/render/sprite_view.h"
 #include "kit/render/touch_receiver.h"
 #include "kit/scene/frame_driver.h"
+#include "kit/ui/alert_view.h"
 #include "kit/ui/view_controller.h"
 #include "kit/ui/window.h"
 
@@ -260,6 +261,38 @@ TEST_F(ApplicationTest, AScreenshotIsAPngOfTheWholeWindow) {
   char signature[8] = {};
   in.read(signature, 8);
   EXPECT_EQ(std::string(signature + 1, 3), "PNG");
+}
+
+class AlertAnswers : public AlertViewDelegate {
+ public:
+  void alertViewClickedButtonAtIndex(AlertView&, int index) override { clicked.push_back(index); }
+  std::vector<int> clicked;
+};
+
+TEST_F(ApplicationTest, AnAlertTakesTheKeysAndTheTapsBeforeTheGame) {
+  auto answers = std::make_shared<AlertAnswers>();
+  auto alert = std::make_shared<AlertView>("Rate us", "Please", answers, "Later",
+                                           std::vector<std::string>{"Rate"});
+  alert->show(app->window());
+  app->runFrame();
+  key(SDLK_LEFT);    // moves the alert's highlight, steers nothing
+  key(SDLK_ESCAPE);  // cancels the alert, does not quit
+  app->runFrame();
+  EXPECT_FALSE(app->quitRequested());
+  EXPECT_EQ(answers->clicked, std::vector<int>{0});
+  EXPECT_TRUE(sceneEvents().empty());
+
+  auto again = std::make_shared<AlertView>("Rate us", "Please", answers, "Later",
+                                           std::vector<std::string>{"Rate"});
+  again->show(app->window());
+  app->runFrame();
+  const Rect button = *again->frameOfButtonAtIndex(1);
+  const Point p = again->convertPointToView({button.midX(), button.midY()}, nullptr);
+  click(static_cast<int>(p.x), static_cast<int>(p.y));
+  click(10, 10);  // outside the panel: swallowed, not a scene tap
+  app->runFrame();
+  EXPECT_EQ(answers->clicked, (std::vector<int>{0, 1}));
+  EXPECT_TRUE(sceneEvents().empty());
 }
 
 TEST(ApplicationWithoutDisplay, LaunchSaysSoAndNothingCrashes) {

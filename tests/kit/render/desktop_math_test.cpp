@@ -111,6 +111,15 @@ TEST(InputMap, AltEnterTogglesFullscreenAndNeverPressesPlay) {
   EXPECT_EQ(actionForKey(SDLK_KP_ENTER, KMOD_RALT), InputAction::ToggleFullscreen);
 }
 
+TEST(InputMap, PanelsGetTheirKeysButAltEnterStaysTheWindows) {
+  EXPECT_EQ(keyForPanel(SDLK_ESCAPE, 0), Key::Escape);
+  EXPECT_EQ(keyForPanel(SDLK_KP_ENTER, 0), Key::Return);
+  EXPECT_EQ(keyForPanel(SDLK_TAB, KMOD_LSHIFT), Key::BackTab);
+  EXPECT_EQ(keyForPanel(SDLK_RETURN, KMOD_LALT), std::nullopt);
+  EXPECT_EQ(keyForPanel(SDLK_SPACE, 0), std::nullopt);
+  EXPECT_EQ(keyForPanelFromController(SDL_CONTROLLER_BUTTON_B), Key::Escape);
+}
+
 TEST(InputMap, ControllerDpadShouldersAndFaceButtons) {
   EXPECT_EQ(actionForControllerButton(SDL_CONTROLLER_BUTTON_DPAD_LEFT), InputAction::TapLeft);
   EXPECT_EQ(actionForControllerButton(SDL_CONTROLLER_BUTTON_LEFTSHOULDER), InputAction::TapLeft);
