@@ -50,10 +50,10 @@ std::shared_ptr<AdmobViewController> AdmobViewController::relaunchShared(Environ
   {
     std::lock_guard<std::mutex> lock(shared.mutex);
     previous = std::move(shared.instance);
-    shared.environment.emplace(std::move(environment));
+    shared.environment.emplace(environment);
   }
   previous.reset();  // the old launch ends before the new one starts
-  auto fresh = create(*shared.environment);
+  auto fresh = create(std::move(environment));
   std::lock_guard<std::mutex> lock(shared.mutex);
   shared.instance = fresh;
   return fresh;

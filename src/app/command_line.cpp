@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "app/app_scenario_host.h"
+#include "app/game_ads.h"
 #include "app/game_application.h"
 #include "app/host_services.h"
 #include "app/scenario_runner.h"
@@ -22,6 +23,9 @@
 namespace {
 
 constexpr const char* kHeadlessHint = "twinlanes --headless --script FILE";
+// Where the clock of a run seeded on the command line starts (seconds since
+// 1970), so that everything it prints replays exactly.
+constexpr int64_t kReplayEpoch = 1'700'000'000;
 
 struct Flags {
   bool headless = false;
@@ -120,12 +124,14 @@ int runScript(const Flags& flags) {
   const std::filesystem::path resources = findResources();
   kit::HeadlessPlatform platform(*prefs, resources);
   // Unseeded runs draw from the real time, as the game does; the dump tells
-  // the seed so that any run can be replayed.
-  platform.clock.setNow(static_cast<int64_t>(std::time(nullptr)));
-  NoHostServices hostServices;
-  AppScenarioHost host({resources, !flags.headless, flags.scale}, platform.services(),
-                       hostServices);
+  // the seed so that any run can be replayed. A run seeded here also starts
+  // its clock at a fixed time: its ads' time stamps replay too.
+  platform.clock.setNow(flags.seed ? kReplayEpoch : static_cast<int64_t>(std::time(nullptr)));
+  GameAds ads;
+  ads.start(platform.services(), true);
+  AppScenarioHost host({resources, !flags.headless, flags.scale}, platform.services(), ads);
   ScenarioRunner runner(platform, host, std::cout);
+  runner.attachAds(ads);
   if (flags.seed)
     runner.setSeed(*flags.seed);
   const bool pad = flags.device == "pad";
@@ -157,8 +163,14 @@ int runGame(const Flags& flags) {
     sayNoDisplay(why);
     return 1;
   }
-  NoHostServices hostServices;
-  GameApplication game(options, hostServices);
+  GameAds ads;
+  GameApplication game(options, ads);
+  ads.start(game.application().services(), false);
+  // The ads borrow the game's services: they stop before the game goes.
+  struct StopAdsFirst {
+    GameAds& ads;
+    ~StopAdsFirst() { ads.stop(); }
+  } stopAdsFirst{ads};
   std::string error;
   if (!game.launch(&error)) {
     std::cerr << "twinlanes: " << error << '\n';
@@ -197,7 +209,8 @@ int twinlanesMain(int argc, char** argv) {
                  "temporary folder for scripts)");
   app.add_option_function<unsigned>(
       "--seed", [&](const unsigned& seed) { flags.seed = seed; },
-      "Seed for the game's random numbers (default: the time)");
+      "Seed for the game's random numbers (default: the time); a seeded script "
+      "run's clock also starts at a fixed time");
   app.add_option("--script", flags.script,
                  "Play a scenario script (a file, or - for standard input) in a window, or "
                  "without one with --headless");
@@ -216,7 +229,7 @@ int twinlanesMain(int argc, char** argv) {
       "Scenario commands, one per line (# starts a comment):\n"
       "  seed N | device phone|pad W H | start | frames N | wait SECONDS\n"
       "  tap X Y [X Y ...] | tapbutton play|helpplay|again | autoplay on|off\n"
-      "  dump | pref KEY | screenshot FILE.png\n"
+      "  dump | pref KEY | screenshot FILE.png | adnet fill|fail|slow SECONDS | closead\n"
       "Example: echo -e 'start\\ntapbutton play\\nwait 3\\ndump' | twinlanes --headless --script "
       "-");
   CLI11_PARSE(app, argc, argv);

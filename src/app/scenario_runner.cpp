@@ -137,6 +137,21 @@ void ScenarioRunner::execute(std::string_view line) {
     std::string error;
     if (!host_.screenshot(std::string(w[1]), &error))
       throw ScriptError(error);
+  } else if (command == "adnet") {
+    if (w.size() < 2 || (w[1] == "slow") != (w.size() == 3) ||
+        (w[1] != "fill" && w[1] != "fail" && w[1] != "slow"))
+      throw ScriptError("usage: adnet fill|fail|slow SECONDS");
+    const double seconds = w[1] == "slow" ? real(w[2], "the delay") : 0;
+    if (seconds < 0)
+      throw ScriptError("the delay must not be negative");
+    attachedAds("adnet").network()->setAnswer(w[1] == "fill"   ? HouseAdNetwork::Answer::Fill
+                                              : w[1] == "fail" ? HouseAdNetwork::Answer::Fail
+                                                               : HouseAdNetwork::Answer::Slow,
+                                              seconds);
+  } else if (command == "closead") {
+    expectCount(w, 1, "closead");
+    if (!attachedAds("closead").closeInterstitial())
+      throw ScriptError("no interstitial is on screen");
   } else if (command == "pref") {
     expectCount(w, 2, "pref KEY");
     out_ << kit::toJson(pref(std::string(w[1]))) << std::endl;
@@ -167,6 +182,12 @@ void ScenarioRunner::start() {
   // dump reports it either way so that any run can be replayed.
   usedSeed_ = seed_ ? *seed_ : static_cast<unsigned>(platform_.clock.now());
   host_.start(viewSize_, seed_);
+}
+
+GameAds& ScenarioRunner::attachedAds(std::string_view command) const {
+  if (!ads_ || !ads_->network())
+    throw ScriptError(std::string(command) + " needs the game's ads, which this run has not");
+  return *ads_;
 }
 
 GameScene& ScenarioRunner::startedScene(std::string_view command) const {
@@ -230,6 +251,8 @@ kit::Value ScenarioRunner::dump() {
   for (const auto& url : platform_.urlOpener.opened)
     urls.emplace_back(url);
   state["openedURLs"] = std::move(urls);
+  if (ads_ && ads_->network())
+    state["ads"] = ads_->describe();
   return state;
 }
 

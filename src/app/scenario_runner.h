@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/game_ads.h"
 #include "app/scenario_host.h"
 #include "game/autoplayer.h"
 #include "game/game_scene.h"
@@ -42,6 +43,9 @@ class ScriptError : public std::runtime_error {
 //                             "window" and the "views" above the scene too)
 //   pref KEY                  print that preference as JSON (null when absent)
 //   screenshot FILE.png       save what the window shows now (needs a window)
+//   adnet fill|fail|slow SECONDS   how the house ad network answers the next
+//                             ad requests (with ads attached)
+//   closead                   close the interstitial on screen (with ads attached)
 class ScenarioRunner {
  public:
   ScenarioRunner(kit::HeadlessPlatform& platform, ScenarioHost& host, std::ostream& out);
@@ -62,6 +66,9 @@ class ScenarioRunner {
   void tap(std::vector<kit::Point> touches);
   void tapButton(std::string_view name);
   void setAutoplay(bool on) { autoplay_ = on; }
+  // The game's ads, borrowed: the ad commands act on them and dumps show
+  // them as "ads". Without them those commands are refused.
+  void attachAds(GameAds& ads) { ads_ = &ads; }
   // The dump: the scene's state plus what the platform saw ("frame", "seed",
   // "notifications", "log" since the previous dump, "openedURLs").
   kit::Value dump();
@@ -78,6 +85,7 @@ class ScenarioRunner {
 
  private:
   GameScene& startedScene(std::string_view command) const;
+  GameAds& attachedAds(std::string_view command) const;
 
   kit::HeadlessPlatform& platform_;
   ScenarioHost& host_;
@@ -88,4 +96,5 @@ class ScenarioRunner {
   kit::Size viewSize_{320, 568};
   bool autoplay_ = false;
   int64_t frame_ = 0;
+  GameAds* ads_ = nullptr;
 };

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "adsdk/house_ad_network.h"
+#include "app/host_services.h"
+#include "kit/foundation/services.h"
+#include "kit/foundation/value.h"
+#include "kit/ui/mail_compose_sink.h"
+
+// The ads and the rating service as the host reaches them: the house ad
+// network and the mail sink the shared ad controller is made with, and the
+// host's calls answered through shareAdmobVC(). start() wires them to the
+// game's services; until then, and after stop(), the host's calls do
+// nothing. The services are borrowed: stop() (or destruction) must come
+// before they go. Main thread only.
+class GameAds final : public HostServices {
+ public:
+  GameAds() = default;
+  ~GameAds() override;
+  GameAds(const GameAds&) = delete;
+  GameAds& operator=(const GameAds&) = delete;
+
+  // Sets the network up (ads from the publisher's ad server or the bundled
+  // ones) and makes it, with a mail sink, the shared ad controller's
+  // environment. A scripted run answers ad requests deterministically and
+  // records mail instead of handing it to the desktop. Once only.
+  void start(const kit::Services& services, bool scripted);
+  // Drops the shared ad controller and the network (waiting for a load in
+  // flight).
+  void stop();
+
+  void askRatingService(ViewController& controller) override;
+  void placeBanner(float x, float posy, float width, float height,
+                   const std::shared_ptr<kit::View>& view) override;
+  void tryShowInterstitial(ViewController& controller, bool ignoreTimeInterval) override;
+
+  // Null before start().
+  HouseAdNetwork* network() const { return network_.get(); }
+  // Closes the interstitial on screen; false when none is.
+  bool closeInterstitial();
+  // What the ads are doing, for dumps: the banner (null before one is
+  // placed: its frame in window points, whether an ad arrived and which),
+  // the interstitial (ready, showing, shown this launch, the last time
+  // shown) and the launch counters.
+  kit::Value describe() const;
+
+ private:
+  std::shared_ptr<HouseAdNetwork> network_;
+  std::unique_ptr<kit::MailSink> mailSink_;
+};
