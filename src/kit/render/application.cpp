@@ -274,11 +274,10 @@ int Application::run(std::optional<uint64_t> frameLimit) {
       pollEvents();
       continue;
     }
-    const int64_t start = nanosNow();
     runFrame();
     if (frameLimit && ++frames >= *frameLimit)
       break;
-    const int64_t sleep = pacer.sleepAfterFrame(start, nanosNow());
+    const int64_t sleep = pacer.sleepAfterFrame(nanosNow(), lastPresentNanos_);
     if (sleep > 0)
       std::this_thread::sleep_for(std::chrono::nanoseconds(sleep));
   }
@@ -301,7 +300,11 @@ void Application::finishFrame() {
   if (renderWindow_ && renderWindow_->isVisible()) {
     renderer_->drawFrame(*instance_->window, renderWindow_->viewport(),
                          services_.clock.monotonicNanos());
+    const auto beforePresent = std::chrono::steady_clock::now();
     renderWindow_->present();
+    lastPresentNanos_ = std::chrono::duration_cast<std::chrono::nanoseconds>(
+                            std::chrono::steady_clock::now() - beforePresent)
+                            .count();
     if (!presented_) {
       presented_ = true;
       if (std::getenv("TWINLANES_STARTUP_TRACE")) {

@@ -192,6 +192,7 @@ class Application {
   std::unique_ptr<Controllers> controllers_;
   bool launched_ = false;
   bool presented_ = false;
+  int64_t lastPresentNanos_ = 0;
   bool terminated_ = false;
   bool quitRequested_ = false;
 };

@@ -16,8 +16,17 @@ void FramePacer::setPeriod(int64_t periodNanos) {
   period_ = periodNanos > 0 ? periodNanos : kDefaultPeriod;
 }
 
-int64_t FramePacer::sleepAfterFrame(int64_t frameStart, int64_t now) const {
-  const int64_t left = frameStart + period_ - now;
+int64_t FramePacer::sleepAfterFrame(int64_t now, int64_t presentNanos) {
+  if (presentNanos >= period_ / 4) {
+    due_ = 0;  // the display holds presents to its refresh
+    return 0;
+  }
+  if (due_ == 0)
+    due_ = now;
+  due_ += period_;
+  if (due_ < now)
+    due_ = now;  // overran: go on at once, on a schedule from here
+  const int64_t left = due_ - now;
   return left >= kShortestSleep ? left : 0;
 }
 

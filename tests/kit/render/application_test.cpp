@@ -10,6 +10,7 @@
 #include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/render/application.h"
+#include "kit/render/render_window.h"
 #include "kit/render/sprite_view.h"
 #include "kit/render/touch_receiver.h"
 #include "kit/scene/frame_driver.h"
@@ -226,6 +227,17 @@ TEST_F(ApplicationTest, SpaceAndEnterPressTheButtonTheHostPointsAt) {
   key(SDLK_RETURN, KMOD_LALT);  // fullscreen, never play
   app->runFrame();
   EXPECT_EQ(sceneEvents().size(), 1u);
+}
+
+TEST_F(ApplicationTest, F11AndAltEnterToggleFullscreenWithoutTouchingTheGame) {
+  key(SDLK_F11);
+  app->runFrame();
+  EXPECT_TRUE(app->renderWindow()->isFullscreen());
+  key(SDLK_RETURN, KMOD_RALT);
+  app->setPrimaryButtonHook([] { return Point{160, 284}; });
+  app->runFrame();
+  EXPECT_FALSE(app->renderWindow()->isFullscreen());
+  EXPECT_TRUE(sceneEvents().empty());
 }
 
 TEST_F(ApplicationTest, MinimiseAndRestoreReachTheDelegateInOrder) {

@@ -54,14 +54,34 @@ TEST(OpeningScale, IsTheLargestQuarterStepThatFitsWithMargins) {
   EXPECT_DOUBLE_EQ(openingScale({768, 1114}, {100, 100}, 48), 0.25);   // never below
 }
 
-TEST(FramePacer, SleepsTheRestOfThePeriodAndNothingAfterAnOverrun) {
+TEST(FramePacer, HoldsAFixedScheduleSoOversleepingIsMadeUp) {
   FramePacer pacer;
   pacer.setRefreshRate(50);
-  EXPECT_EQ(pacer.period(), 20'000'000);
-  EXPECT_EQ(pacer.sleepAfterFrame(1'000'000'000, 1'003'000'000), 17'000'000);
-  EXPECT_EQ(pacer.sleepAfterFrame(1'000'000'000, 1'025'000'000), 0);
-  // Presenting that already waited for the display leaves nothing to wait.
-  EXPECT_EQ(pacer.sleepAfterFrame(1'000'000'000, 1'019'800'000), 0);
+  ASSERT_EQ(pacer.period(), 20'000'000);
+  // Frames take 3 ms; the first sets the schedule.
+  EXPECT_EQ(pacer.sleepAfterFrame(1'003'000'000, 0), 20'000'000);  // next due at 1.023 s
+  // That sleep overshot by 1 ms: the next one is shorter.
+  EXPECT_EQ(pacer.sleepAfterFrame(1'027'000'000, 0), 16'000'000);
+  EXPECT_EQ(pacer.sleepAfterFrame(1'046'000'000, 0), 17'000'000);
+}
+
+TEST(FramePacer, AnOverrunRestartsTheScheduleWithoutABurst) {
+  FramePacer pacer;
+  pacer.setRefreshRate(50);
+  pacer.sleepAfterFrame(1'000'000'000, 0);                         // due 1.020
+  EXPECT_EQ(pacer.sleepAfterFrame(1'090'000'000, 0), 0);           // a stall: on at once
+  EXPECT_EQ(pacer.sleepAfterFrame(1'093'000'000, 0), 17'000'000);  // due 1.110
+}
+
+TEST(FramePacer, PresentingThatWaitsForTheDisplayLeavesNothingToWait) {
+  FramePacer pacer;
+  pacer.setRefreshRate(50);
+  // Presents that waited 15 ms for the display.
+  EXPECT_EQ(pacer.sleepAfterFrame(1'020'100'000, 15'000'000), 0);
+  EXPECT_EQ(pacer.sleepAfterFrame(1'040'050'000, 15'000'000), 0);
+  // A present that stops waiting (say, the window went to another display)
+  // puts the pacer back on schedule.
+  EXPECT_EQ(pacer.sleepAfterFrame(1'050'000'000, 100'000), 20'000'000);
   pacer.setRefreshRate(0);
   EXPECT_EQ(pacer.period(), FramePacer::kDefaultPeriod);
 }
