@@ -169,6 +169,7 @@ void PhysicsWorld::simulate() {
       // A node that moved here from another scene brings its body along.
       if (body->world_ && body->world_ != this)
         body->world_->release(*body);
+      const bool fresh = !body->world_;
       if (!body->world_) {
         body->simBody_ = createSimBody(engine.world, *body, x, y, a);
         body->world_ = this;
@@ -194,6 +195,14 @@ void PhysicsWorld::simulate() {
           body->lastX_ = x;
           body->lastY_ = y;
           body->lastAngle_ = a;
+          sim->SetAwake(true);
+        } else if (!fresh) {
+          // A body that stood still sleeps: the engine leaves it out of its
+          // solve, where every body costs a few clock reads per step (a pile
+          // of resting obstacles made those most of a frame). Its contacts
+          // still begin whenever an awake body meets it, and a new body
+          // stays awake for its first step so that it meets still ones.
+          sim->SetAwake(false);
         }
       }
     }

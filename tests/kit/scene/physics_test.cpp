@@ -200,6 +200,30 @@ TEST_F(PhysicsTest, ANodeMovedIntoAnotherSceneTakesItsBodyIntoThatWorld) {
   EXPECT_EQ(scene->physicsWorld().bodyCount(), 0u);
 }
 
+TEST_F(PhysicsTest, StillBodiesSleepInTheEngineYetMeetMovingAndNewBodies) {
+  std::vector<std::shared_ptr<SpriteNode>> pile;
+  for (int i = 0; i < 40; ++i)
+    pile.push_back(addBox({20.0 + 7 * i, 50}, {20, 20}, kObstacle, kCar));
+  auto car = addBox({100, 300}, {40, 30}, kCar, kObstacle);
+  frame();
+  advance(1);  // everything has stood still for a second
+  EXPECT_TRUE(scene->contacts.empty());
+
+  car->runAction(Action::moveToY(50, 0.5));
+  advance(0.6);
+  const auto met = scene->contacts.size();
+  EXPECT_GE(met, 5u);  // the moving car meets the resting boxes under it
+  for (const auto& contact : scene->contacts)
+    EXPECT_TRUE(contact.a == car || contact.b == car);
+
+  // A body that appears on the car, now still again, meets it at once.
+  advance(1);
+  auto newcomer = addBall({100, 50}, 10, kObstacle, kCar);
+  frame();
+  ASSERT_EQ(scene->contacts.size(), met + 1);
+  EXPECT_TRUE(scene->contacts.back().pairs(car, newcomer));
+}
+
 TEST_F(PhysicsTest, MaskChangesApplyFromTheNextFrame) {
   auto a = addBox({100, 100}, {40, 30}, kCar, 0);
   auto b = addBox({110, 100}, {40, 30}, kObstacle, 0);
