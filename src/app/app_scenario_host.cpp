@@ -45,6 +45,17 @@ void AppScenarioHost::frameDidRun() {
   game_->application().finishFrame();
 }
 
+kit::Application* AppScenarioHost::application() const {
+  return game_ ? &game_->application() : nullptr;
+}
+
+void AppScenarioHost::end() {
+  if (!game_)
+    return;
+  game_->application().terminate();
+  game_.reset();
+}
+
 bool AppScenarioHost::screenshot(const std::string& file, std::string* error) {
   if (!game_ || !game_->application().hasWindow()) {
     if (error)

@@ -41,6 +41,8 @@ class AppScenarioHost final : public ScenarioHost {
   // the visible views drawn above the sprite view, each with its class,
   // frame (window points) and alpha. Nothing before start.
   kit::Value::Dictionary describeWindow() const override;
+  kit::Application* application() const override;
+  void end() override;
 
   GameApplication* game() const { return game_.get(); }
 

@@ -16,7 +16,9 @@
 #include "app/game_application.h"
 #include "app/host_services.h"
 #include "app/scenario_runner.h"
+#include "app/script_launches.h"
 #include "kit/foundation/headless_platform.h"
+#include "kit/foundation/preferred_languages.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/render/render_window.h"
 
@@ -39,6 +41,7 @@ struct Flags {
   std::optional<uint64_t> frames;
   std::string screenshot;
   bool autoplay = false;
+  std::optional<std::string> language;
 };
 
 // "320x568" as a size; nothing when it is not two positive numbers that a
@@ -121,17 +124,17 @@ int runScript(const Flags& flags) {
   if (!prefs)
     return 2;
 
-  const std::filesystem::path resources = findResources();
-  kit::HeadlessPlatform platform(*prefs, resources);
   // Unseeded runs draw from the real time, as the game does; the dump tells
   // the seed so that any run can be replayed. A run seeded here also starts
   // its clock at a fixed time: its ads' time stamps replay too.
-  platform.clock.setNow(flags.seed ? kReplayEpoch : static_cast<int64_t>(std::time(nullptr)));
-  GameAds ads;
-  ads.start(platform.services(), true);
-  AppScenarioHost host({resources, !flags.headless, flags.scale}, platform.services(), ads);
-  ScenarioRunner runner(platform, host, std::cout);
-  runner.attachAds(ads);
+  ScriptLaunches launches({*prefs, findResources(), !flags.headless, flags.scale, flags.language,
+                           flags.seed ? kReplayEpoch : static_cast<int64_t>(std::time(nullptr))});
+  ScenarioRunner runner(launches.platform(), launches.host(), std::cout);
+  runner.attachAds(launches.ads());
+  runner.setRelauncher([&launches] {
+    launches.relaunch();
+    return ScenarioRunner::Launch{launches.platform(), launches.host(), &launches.ads()};
+  });
   if (flags.seed)
     runner.setSeed(*flags.seed);
   const bool pad = flags.device == "pad";
@@ -165,6 +168,7 @@ int runGame(const Flags& flags) {
   }
   GameAds ads;
   GameApplication game(options, ads);
+  kit::registerPreferredLanguages(game.application().services().defaults, flags.language);
   ads.start(game.application().services(), false);
   // The ads borrow the game's services: they stop before the game goes.
   struct StopAdsFirst {
@@ -221,6 +225,17 @@ int twinlanesMain(int argc, char** argv) {
       ->check(CLI::PositiveNumber);
   app.add_option("--screenshot", flags.screenshot, "Save the window as this PNG on exit");
   app.add_flag("--autoplay", flags.autoplay, "Let the built-in player play (a demo)");
+  app.add_option_function<std::string>(
+         "--lang", [&](const std::string& code) { flags.language = code; },
+         "Preferred language, e.g. en or zh-Hans (default: the desktop's)")
+      ->check(CLI::Validator(
+          [](std::string& code) {
+            return kit::languageCodeOf(code) ? std::string()
+                                             : "expected a language code such as en or zh-Hans, "
+                                               "not " +
+                                                   code;
+          },
+          "CODE"));
   app.footer(
       "Keys: Left/A and Right/D/L steer the left and right car, Space/Enter press play,\n"
       "F11 or Alt+Enter toggle fullscreen, Escape quits. Mouse, touch screen and game\n"
@@ -230,6 +245,7 @@ int twinlanesMain(int argc, char** argv) {
       "  seed N | device phone|pad W H | start | frames N | wait SECONDS\n"
       "  tap X Y [X Y ...] | tapbutton play|helpplay|again | autoplay on|off\n"
       "  dump | pref KEY | screenshot FILE.png | adnet fill|fail|slow SECONDS | closead\n"
+      "  now SECONDS | relaunch | mail available|unavailable | tapalert INDEX\n"
       "Example: echo -e 'start\\ntapbutton play\\nwait 3\\ndump' | twinlanes --headless --script "
       "-");
   CLI11_PARSE(app, argc, argv);

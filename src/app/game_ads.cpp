@@ -20,7 +20,8 @@ void GameAds::stop() {
     return;
   AdmobViewController::releaseShared();
   network_.reset();
-  mailSink_.reset();
+  if (!recordedMail())
+    mailSink_.reset();
 }
 
 void GameAds::start(const kit::Services& services, bool scripted) {
@@ -29,11 +30,19 @@ void GameAds::start(const kit::Services& services, bool scripted) {
   HouseAdNetwork::Options options = HouseAdNetwork::optionsFromBundle(services.bundle);
   options.deterministic = scripted;
   network_ = std::make_shared<HouseAdNetwork>(services, options);
-  if (scripted)
-    mailSink_ = std::make_unique<kit::RecordingMailSink>();
-  else
+  // A script's mail is kept across its launches; the desktop's sink borrows
+  // this launch's opener and log.
+  if (!scripted)
     mailSink_ = std::make_unique<kit::DesktopMailSink>(services.urlOpener, services.log);
-  AdmobViewController::setSharedEnvironment({services, network_, *mailSink_});
+  else if (!recordedMail())
+    mailSink_ = std::make_unique<kit::RecordingMailSink>();
+  // The shared instance is made once per process on first use; a later
+  // launch in the same process makes its own at once.
+  if (startedBefore_)
+    AdmobViewController::relaunchShared({services, network_, *mailSink_});
+  else
+    AdmobViewController::setSharedEnvironment({services, network_, *mailSink_});
+  startedBefore_ = true;
 }
 
 void GameAds::askRatingService(ViewController& controller) {

@@ -14,7 +14,9 @@
 // host's calls answered through shareAdmobVC(). start() wires them to the
 // game's services; until then, and after stop(), the host's calls do
 // nothing. The services are borrowed: stop() (or destruction) must come
-// before they go. Main thread only.
+// before they go. A stop() and a start() on a new launch's services make the
+// shared ad controller afresh, as a new process would; the mail sink stays.
+// Main thread only.
 class GameAds final : public HostServices {
  public:
   GameAds() = default;
@@ -25,7 +27,7 @@ class GameAds final : public HostServices {
   // Sets the network up (ads from the publisher's ad server or the bundled
   // ones) and makes it, with a mail sink, the shared ad controller's
   // environment. A scripted run answers ad requests deterministically and
-  // records mail instead of handing it to the desktop. Once only.
+  // records mail instead of handing it to the desktop. Ignored while started.
   void start(const kit::Services& services, bool scripted);
   // Drops the shared ad controller and the network (waiting for a load in
   // flight).
@@ -38,6 +40,11 @@ class GameAds final : public HostServices {
 
   // Null before start().
   HouseAdNetwork* network() const { return network_.get(); }
+  // The mail a scripted run composed (and whether mail counts as
+  // available); null before start() and for the desktop's mail.
+  kit::RecordingMailSink* recordedMail() const {
+    return dynamic_cast<kit::RecordingMailSink*>(mailSink_.get());
+  }
   // Closes the interstitial on screen; false when none is.
   bool closeInterstitial();
   // What the ads are doing, for dumps: the banner (null before one is
@@ -49,4 +56,5 @@ class GameAds final : public HostServices {
  private:
   std::shared_ptr<HouseAdNetwork> network_;
   std::unique_ptr<kit::MailSink> mailSink_;
+  bool startedBefore_ = false;
 };

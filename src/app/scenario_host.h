@@ -10,6 +10,10 @@
 #include "kit/foundation/value.h"
 #include "kit/scene/frame_driver.h"
 
+namespace kit {
+class Application;
+}
+
 // The seam between the scenario runner and whoever hosts the game. The runner
 // owns the services (a manual clock among them) and drives the frames; the
 // host brings the game up the way the host view controller does when its view
@@ -41,6 +45,12 @@ class ScenarioHost {
   // What the host adds to a dump (a window host: "window" and "views");
   // nothing by default.
   virtual kit::Value::Dictionary describeWindow() const { return {}; }
+  // The application around the game (its window, its touch routing), when
+  // the host runs one; null before start and for the bare host.
+  virtual kit::Application* application() const { return nullptr; }
+  // Ends the game as quitting does (the delegate is told, the preferences
+  // are written) and lets go of it; the host can then be dropped.
+  virtual void end() {}
 };
 
 // Hosts the game with nothing on screen: the scene and its frame driver, on

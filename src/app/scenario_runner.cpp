@@ -8,6 +8,11 @@
 
 #include "app/scene_dump.h"
 #include "kit/foundation/json.h"
+#include "kit/render/application.h"
+#include "kit/render/sprite_view.h"
+#include "kit/ui/alert_view.h"
+#include "kit/ui/label.h"
+#include "kit/ui/window.h"
 
 namespace {
 
@@ -62,7 +67,7 @@ void expectCount(const std::vector<std::string_view>& w, std::size_t count, cons
 
 ScenarioRunner::ScenarioRunner(kit::HeadlessPlatform& platform, ScenarioHost& host,
                                std::ostream& out)
-    : platform_(platform), host_(host), out_(out) {}
+    : platform_(&platform), host_(&host), out_(out) {}
 
 int ScenarioRunner::run(std::istream& script, const std::string& scriptName, std::ostream& err) {
   std::string line;
@@ -135,7 +140,7 @@ void ScenarioRunner::execute(std::string_view line) {
     expectCount(w, 2, "screenshot FILE.png");
     startedScene("screenshot");
     std::string error;
-    if (!host_.screenshot(std::string(w[1]), &error))
+    if (!host_->screenshot(std::string(w[1]), &error))
       throw ScriptError(error);
   } else if (command == "adnet") {
     if (w.size() < 2 || (w[1] == "slow") != (w.size() == 3) ||
@@ -152,6 +157,19 @@ void ScenarioRunner::execute(std::string_view line) {
     expectCount(w, 1, "closead");
     if (!attachedAds("closead").closeInterstitial())
       throw ScriptError("no interstitial is on screen");
+  } else if (command == "now") {
+    expectCount(w, 2, "now SECONDS");
+    setNow(integer(w[1], 0, kLatestTime, "the time"));
+  } else if (command == "relaunch") {
+    expectCount(w, 1, "relaunch");
+    relaunch();
+  } else if (command == "mail") {
+    if (w.size() != 2 || (w[1] != "available" && w[1] != "unavailable"))
+      throw ScriptError("usage: mail available|unavailable");
+    setMailAvailable(w[1] == "available");
+  } else if (command == "tapalert") {
+    expectCount(w, 2, "tapalert INDEX");
+    tapAlert(static_cast<int>(integer(w[1], 0, 1000, "the button index")));
   } else if (command == "pref") {
     expectCount(w, 2, "pref KEY");
     out_ << kit::toJson(pref(std::string(w[1]))) << std::endl;
@@ -169,9 +187,9 @@ void ScenarioRunner::setSeed(unsigned seed) {
 void ScenarioRunner::setDevice(kit::Device::Idiom idiom, kit::Size viewSize) {
   if (scene())
     throw ScriptError("device must come before start");
-  platform_.device.userInterfaceIdiom = idiom;
-  platform_.device.screenWidth = viewSize.width;
-  platform_.device.screenHeight = viewSize.height;
+  platform_->device.userInterfaceIdiom = idiom;
+  platform_->device.screenWidth = viewSize.width;
+  platform_->device.screenHeight = viewSize.height;
   viewSize_ = viewSize;
 }
 
@@ -180,8 +198,52 @@ void ScenarioRunner::start() {
     throw ScriptError("the game has already started");
   // The scene seeds with the clock's wall time when no seed is given; the
   // dump reports it either way so that any run can be replayed.
-  usedSeed_ = seed_ ? *seed_ : static_cast<unsigned>(platform_.clock.now());
-  host_.start(viewSize_, seed_);
+  usedSeed_ = seed_ ? *seed_ : static_cast<unsigned>(platform_->clock.now());
+  host_->start(viewSize_, seed_);
+}
+
+void ScenarioRunner::setNow(int64_t seconds) {
+  platform_->clock.setNow(seconds);
+}
+
+void ScenarioRunner::relaunch() {
+  startedScene("relaunch");
+  if (!relauncher_)
+    throw ScriptError("relaunch needs a run that can launch the game again");
+  host_->end();
+  for (auto& line : platform_->log.take())
+    carriedLog_.push_back(std::move(line));
+  for (const auto& url : platform_->urlOpener.opened)
+    carriedURLs_.push_back(url);
+  const Launch next = relauncher_();
+  platform_ = &next.platform;
+  host_ = &next.host;
+  ads_ = next.ads;
+  usedSeed_ = seed_ ? *seed_ : static_cast<unsigned>(platform_->clock.now());
+  host_->start(viewSize_, seed_);
+}
+
+void ScenarioRunner::setMailAvailable(bool available) {
+  kit::RecordingMailSink* mail = attachedAds("mail").recordedMail();
+  if (!mail)
+    throw ScriptError("mail needs a run that records its mail");
+  mail->available = available;
+}
+
+void ScenarioRunner::tapAlert(int index) {
+  startedScene("tapalert");
+  kit::Application* app = host_->application();
+  auto window = app ? app->window() : nullptr;
+  auto alert = window ? kit::AlertView::visibleAlert(*window) : nullptr;
+  if (!alert)
+    throw ScriptError("no alert is on screen");
+  const std::optional<kit::Rect> button = alert->frameOfButtonAtIndex(index);
+  if (!button) {
+    throw ScriptError("the alert has buttons 0 to " + std::to_string(alert->numberOfButtons() - 1) +
+                      ", not " + std::to_string(index));
+  }
+  // Through the application's touch routing, as a player's tap goes.
+  app->touchesBegan({alert->convertPointToView({button->midX(), button->midY()}, nullptr)});
 }
 
 GameAds& ScenarioRunner::attachedAds(std::string_view command) const {
@@ -199,24 +261,24 @@ GameScene& ScenarioRunner::startedScene(std::string_view command) const {
 
 void ScenarioRunner::runFrames(int64_t count) {
   GameScene& game = startedScene("frames");
-  kit::FrameDriver& driver = host_.frameDriver();
+  kit::FrameDriver& driver = host_->frameDriver();
   for (int64_t i = 0; i < count; ++i) {
     const int64_t due = frame_ * kit::kNanosPerSecond / 60;
-    platform_.clock.advance(due - platform_.clock.monotonicNanos());
+    platform_->clock.advance(due - platform_->clock.monotonicNanos());
     if (autoplay_) {
       auto touches = autoplayer_.touchesFor(game);
       if (!touches.empty())
         driver.touchesBegan(std::move(touches));
     }
     driver.runFrame();
-    host_.frameDidRun();
+    host_->frameDidRun();
     ++frame_;
   }
 }
 
 void ScenarioRunner::tap(std::vector<kit::Point> touches) {
   startedScene("tap");
-  host_.frameDriver().touchesBegan(std::move(touches));
+  host_->frameDriver().touchesBegan(std::move(touches));
 }
 
 void ScenarioRunner::tapButton(std::string_view name) {
@@ -236,26 +298,80 @@ void ScenarioRunner::tapButton(std::string_view name) {
 
 kit::Value ScenarioRunner::dump() {
   kit::Value::Dictionary state = describeScene(startedScene("dump"));
-  for (auto& [key, value] : host_.describeWindow())
+  for (auto& [key, value] : host_->describeWindow())
     state[key] = value;
   state["frame"] = static_cast<long long>(frame_);
   state["seed"] = static_cast<long long>(usedSeed_);
   state["notifications"] = kit::Value::Dictionary{
-      {"showad", static_cast<long long>(platform_.notifications.postCount("showad"))},
-      {"soundchange", static_cast<long long>(platform_.notifications.postCount("soundchange"))}};
+      {"showad", static_cast<long long>(platform_->notifications.postCount("showad"))},
+      {"soundchange", static_cast<long long>(platform_->notifications.postCount("soundchange"))}};
   kit::Value::Array log;
-  for (auto& line : platform_.log.take())
+  for (auto& line : carriedLog_)
+    log.emplace_back(std::move(line));
+  carriedLog_.clear();
+  for (auto& line : platform_->log.take())
     log.emplace_back(std::move(line));
   state["log"] = std::move(log);
   kit::Value::Array urls;
-  for (const auto& url : platform_.urlOpener.opened)
+  for (const auto& url : carriedURLs_)
+    urls.emplace_back(url);
+  for (const auto& url : platform_->urlOpener.opened)
     urls.emplace_back(url);
   state["openedURLs"] = std::move(urls);
   if (ads_ && ads_->network())
     state["ads"] = ads_->describe();
+  describeRating(state);
   return state;
 }
 
+void ScenarioRunner::describeRating(kit::Value::Dictionary& state) const {
+  kit::Application* app = host_->application();
+  auto window = app ? app->window() : nullptr;
+  kit::Value alert;
+  if (auto shown = window ? kit::AlertView::visibleAlert(*window) : nullptr) {
+    kit::Value::Array buttons;
+    for (int i = 0; i < shown->numberOfButtons(); ++i)
+      buttons.emplace_back(shown->buttonTitleAtIndex(i));
+    alert = kit::Value::Dictionary{{"title", shown->title()},
+                                   {"message", shown->message()},
+                                   {"buttons", std::move(buttons)},
+                                   {"tag", shown->tag()}};
+  }
+  state["alert"] = std::move(alert);
+
+  // Toasts lie on the game's view while they are up.
+  kit::Value::Array toasts;
+  if (auto gameView = app ? app->spriteView() : nullptr) {
+    for (const auto& toast : gameView->subviews()) {
+      if (toast->isHidden() || toast->presentationAlpha() <= 0)
+        continue;
+      for (const auto& part : toast->subviews()) {
+        if (auto label = std::dynamic_pointer_cast<kit::Label>(part))
+          toasts.emplace_back(label->text());
+      }
+    }
+  }
+  state["toasts"] = std::move(toasts);
+
+  kit::Value::Array mails;
+  if (kit::RecordingMailSink* sink = ads_ ? ads_->recordedMail() : nullptr) {
+    for (const kit::MailMessage& mail : sink->mails) {
+      kit::Value::Array to;
+      for (const auto& address : mail.toRecipients)
+        to.emplace_back(address);
+      mails.emplace_back(kit::Value::Dictionary{{"to", std::move(to)},
+                                                {"subject", mail.subject},
+                                                {"body", mail.body},
+                                                {"html", mail.isHTML}});
+    }
+  }
+  state["mails"] = std::move(mails);
+
+  const std::optional<kit::Value::Array> languages =
+      platform_->defaults.arrayForKey("AppleLanguages");
+  state["language"] = languages && !languages->empty() ? languages->front() : kit::Value();
+}
+
 kit::Value ScenarioRunner::pref(const std::string& key) const {
-  return platform_.defaults.objectForKey(key);
+  return platform_->defaults.objectForKey(key);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <istream>
 #include <memory>
 #include <optional>
@@ -46,8 +47,29 @@ class ScriptError : public std::runtime_error {
 //   adnet fill|fail|slow SECONDS   how the house ad network answers the next
 //                             ad requests (with ads attached)
 //   closead                   close the interstitial on screen (with ads attached)
+//   now SECONDS               set the wall clock (seconds since 1970); it goes on
+//                             with the frames
+//   relaunch                  quit the game (preferences written) and launch it
+//                             again on the same preferences, as a new process
+//                             would (with a relauncher)
+//   mail available|unavailable   whether the desktop can send mail (with ads
+//                             attached: the rating service's mail goes there)
+//   tapalert INDEX            tap the button INDEX of the alert on screen
+// Dumps also tell "alert" (null, or its title, message, buttons and tag),
+// "toasts" (the texts of the toasts on the game's view), "mails" (each
+// composed mail: to, subject, body, html) and "language" (the first
+// preferred language).
 class ScenarioRunner {
  public:
+  // What one launch of the game is made of.
+  struct Launch {
+    kit::HeadlessPlatform& platform;
+    ScenarioHost& host;
+    GameAds* ads = nullptr;
+  };
+  // Drops the ended launch and makes the next one (not yet started).
+  using Relauncher = std::function<Launch()>;
+
   ScenarioRunner(kit::HeadlessPlatform& platform, ScenarioHost& host, std::ostream& out);
 
   // Runs every line of `script`. Returns 0, or 2 after writing
@@ -69,26 +91,41 @@ class ScenarioRunner {
   // The game's ads, borrowed: the ad commands act on them and dumps show
   // them as "ads". Without them those commands are refused.
   void attachAds(GameAds& ads) { ads_ = &ads; }
+  // Who makes the next launch; without one relaunch is refused.
+  void setRelauncher(Relauncher relauncher) { relauncher_ = std::move(relauncher); }
+  void setNow(int64_t seconds);
+  // Ends the started game as quitting does and starts the next launch with
+  // the same seed and device; the log and the opened URLs carry over.
+  void relaunch();
+  void setMailAvailable(bool available);
+  void tapAlert(int index);
   // The dump: the scene's state plus what the platform saw ("frame", "seed",
   // "notifications", "log" since the previous dump, "openedURLs").
   kit::Value dump();
   kit::Value pref(const std::string& key) const;
 
+  // The platform of the current launch.
+  kit::HeadlessPlatform& platform() const { return *platform_; }
+
   // Frames run so far.
   int64_t frame() const { return frame_; }
   // Null before start.
-  std::shared_ptr<GameScene> scene() const { return host_.scene(); }
+  std::shared_ptr<GameScene> scene() const { return host_->scene(); }
 
   // Longest single frames or wait request; longer ones are refused rather
   // than left to run for days.
   static constexpr int64_t kMaxFramesPerCommand = 1'000'000'000;
+  // The latest time `now` takes: the last second of the year 9999.
+  static constexpr int64_t kLatestTime = 253'402'300'799;
 
  private:
   GameScene& startedScene(std::string_view command) const;
   GameAds& attachedAds(std::string_view command) const;
+  // The rating service's part of a dump: alert, toasts, mails, language.
+  void describeRating(kit::Value::Dictionary& state) const;
 
-  kit::HeadlessPlatform& platform_;
-  ScenarioHost& host_;
+  kit::HeadlessPlatform* platform_;
+  ScenarioHost* host_;
   std::ostream& out_;
   Autoplayer autoplayer_;
   std::optional<unsigned> seed_;
@@ -97,4 +134,8 @@ class ScenarioRunner {
   bool autoplay_ = false;
   int64_t frame_ = 0;
   GameAds* ads_ = nullptr;
+  Relauncher relauncher_;
+  // What earlier launches saw that dumps still report.
+  std::vector<std::string> carriedLog_;
+  std::vector<std::string> carriedURLs_;
 };
