@@ -92,5 +92,12 @@ TEST_F(RatingPromptTest, TheGameItselfPromptsOnASecondLaunch) {
   EXPECT_EQ(prefsFile()["cz_appopened"], 2);
 }
 
+TEST_F(RatingPromptTest, ALanguageThatIsNoneIsRefusedPlainly) {
+  const Outcome r = run({"--headless", "--lang", "../en"}, "start\n");
+  EXPECT_NE(r.exitCode, 0);
+  EXPECT_NE(r.err.find("expected a language code such as en or zh-Hans"), std::string::npos)
+      << r.err;
+}
+
 }  // namespace
 }  // namespace e2e
