@@ -72,12 +72,6 @@ TEST_F(RatingScenarioTest, PromptComesOnTheSecondToFourthLaunchesWhileTheAnswerI
   EXPECT_TRUE(pref("cz_rated").isNil());
 }
 
-TEST_F(RatingScenarioTest, ALaunchWithinTenSecondsOfTheFirstIsNotCounted) {
-  play("start\nwait 1\nnow " + std::to_string(kInstall + 5) + "\nrelaunch\nwait 1\n");
-  EXPECT_FALSE(alertUp());
-  EXPECT_EQ(pref("cz_appopened"), kit::Value(1));
-}
-
 TEST_F(RatingScenarioTest, RatingOpensTheStorePageAndThePromptNeverReturns) {
   play("start\nwait 1\n" + nextLaunch(1));
   const kit::Value prompt = dump()["alert"];
