@@ -117,9 +117,9 @@ void AlertView::attach(const std::shared_ptr<View>& host) {
   setAutoresizingMask(Autoresizing::FlexibleWidth | Autoresizing::FlexibleHeight);
   setBackgroundColor(kDimming);
   layout(host->bounds().size);
-  // The last other button answers Return, as the platform's default would.
-  setHighlighted(numberOfButtons() > (hasCancel_ ? 1 : 0) ? numberOfButtons() - 1
-                                                          : cancelButtonIndex());
+  // Return answers the cancel button until the player moves the highlight: the
+  // same key presses Play, and a stray press must not make a lasting choice.
+  setHighlighted(hasCancel_ ? cancelButtonIndex() : numberOfButtons() - 1);
   setAlpha(0);
   host->addSubview(shared_from_this());
   View::animateWithDuration(kFadeSeconds, [this] { setAlpha(1); });

@@ -30,7 +30,7 @@ class AlertViewDelegate {
 // the cancel button is 0 when there is one, the other buttons follow in the
 // order given. While it is up it swallows every tap outside its buttons and
 // takes the keyboard: Escape cancels, Return presses the highlighted button
-// (at first the last other button, else cancel), arrows and Tab move the
+// (at first the cancel button, else the last other one), arrows and Tab move the
 // highlight. Create with std::make_shared; while shown the window holds it.
 // The delegate is weak. Main thread only.
 class AlertView final : public View, public KeyReceiver {

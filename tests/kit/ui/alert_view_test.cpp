@@ -122,29 +122,35 @@ TEST_F(AlertViewTest, LongMessageKeepsThePanelInsideTheWindow) {
   EXPECT_LE(alert->frameOfButtonAtIndex(0)->maxY(), 568);
 }
 
-TEST_F(AlertViewTest, EscapeCancelsAndReturnPressesTheLastOtherButton) {
+// A player pressing Enter to start a game while the rating prompt comes up
+// must not choose feedback (and be marked as rated for good) by accident.
+TEST_F(AlertViewTest, StrayReturnPressesCancelUntilTheHighlightMoves) {
   auto first = showAlert("Cancel", {"Yes", "No"});
   EXPECT_TRUE(deliverKey(*window, Key::Escape));
   advance(0.3);
   auto second = showAlert("Cancel", {"Yes", "No"});
-  EXPECT_EQ(second->highlightedButtonIndex(), 2);
+  EXPECT_EQ(second->highlightedButtonIndex(), 0);
   EXPECT_TRUE(deliverKey(*window, Key::Return));
   advance(0.3);
-  EXPECT_THAT(delegate->calls,
-              ElementsAre("clicked 0 up", "will 0", "did 0", "clicked 2 up", "will 2", "did 2"));
+  auto third = showAlert(std::nullopt, {"Yes", "No"});
+  EXPECT_EQ(third->highlightedButtonIndex(), 1);
+  EXPECT_TRUE(deliverKey(*window, Key::Return));
+  advance(0.3);
+  EXPECT_THAT(delegate->calls, ElementsAre("clicked 0 up", "will 0", "did 0", "clicked 0 up",
+                                           "will 0", "did 0", "clicked 1 up", "will 1", "did 1"));
   EXPECT_FALSE(deliverKey(*window, Key::Return));  // no alert: the game gets its keys
 }
 
 TEST_F(AlertViewTest, ArrowsAndTabMoveTheHighlightInScreenOrder) {
   auto alert = showAlert("Cancel", {"Yes", "No"});
-  // Stacked: Yes, No, Cancel from the top.
+  // Stacked: Yes, No, Cancel from the top; the highlight starts on Cancel.
   deliverKey(*window, Key::Down);
-  EXPECT_EQ(alert->highlightedButtonIndex(), 0);
-  deliverKey(*window, Key::Tab);
   EXPECT_EQ(alert->highlightedButtonIndex(), 1);
-  deliverKey(*window, Key::BackTab);
-  deliverKey(*window, Key::Up);
+  deliverKey(*window, Key::Tab);
   EXPECT_EQ(alert->highlightedButtonIndex(), 2);
+  deliverKey(*window, Key::BackTab);
+  EXPECT_EQ(alert->highlightedButtonIndex(), 1);
+  deliverKey(*window, Key::Down);
   EXPECT_TRUE(deliverKey(*window, Key::Left));
   deliverKey(*window, Key::Return);
   advance(0.3);
