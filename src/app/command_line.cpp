@@ -21,6 +21,8 @@
 #include "kit/foundation/preferred_languages.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/render/render_window.h"
+#include "kit/ui/window.h"
+#include "ui/progress_demo.h"
 
 namespace {
 
@@ -41,6 +43,7 @@ struct Flags {
   std::optional<uint64_t> frames;
   std::string screenshot;
   bool autoplay = false;
+  bool progressDemo = false;
   std::optional<std::string> language;
 };
 
@@ -180,6 +183,12 @@ int runGame(const Flags& flags) {
     std::cerr << "twinlanes: " << error << '\n';
     return 1;
   }
+  // Nothing in the game shows the progress overlay; this lets a person see it.
+  std::unique_ptr<ProgressDemo> progressDemo;
+  if (flags.progressDemo) {
+    progressDemo =
+        runProgressDemo(game.application().window(), game.application().services().runLoop);
+  }
   const int status = game.run(flags.frames);
   if (!flags.screenshot.empty() && !game.application().saveScreenshot(flags.screenshot, &error)) {
     std::cerr << "twinlanes: " << error << '\n';
@@ -225,6 +234,8 @@ int twinlanesMain(int argc, char** argv) {
       ->check(CLI::PositiveNumber);
   app.add_option("--screenshot", flags.screenshot, "Save the window as this PNG on exit");
   app.add_flag("--autoplay", flags.autoplay, "Let the built-in player play (a demo)");
+  app.add_flag("--progress-demo", flags.progressDemo,
+               "Show the progress overlay counting to 100 % over the game (a demo)");
   app.add_option_function<std::string>(
          "--lang", [&](const std::string& code) { flags.language = code; },
          "Preferred language, e.g. en or zh-Hans (default: the desktop's)")
@@ -251,7 +262,7 @@ int twinlanesMain(int argc, char** argv) {
   CLI11_PARSE(app, argc, argv);
 
   if (!flags.script.empty()) {
-    if (flags.frames || !flags.screenshot.empty() || flags.autoplay) {
+    if (flags.frames || !flags.screenshot.empty() || flags.autoplay || flags.progressDemo) {
       std::cerr << "twinlanes: --frames, --screenshot and --autoplay are for the game itself; a "
                    "script uses its frames, screenshot and autoplay commands\n";
       return 2;

@@ -71,6 +71,23 @@ TEST_F(LaunchTest, FramesAndScreenshotRenderTheRealWindowAndExit) {
   EXPECT_GT(at(shot, 384, 512).brightness(), 230);  // the play button's arrow
 }
 
+TEST_F(LaunchTest, TheProgressDemoShowsItsPanelOverTheGame) {
+  const auto brightnessOfPlayButton = [&](bool demo) {
+    std::vector<std::string> args{"--scale",      "1",
+                                  "--frames",     "150",
+                                  "--screenshot", (dir.path() / "shot.png").string(),
+                                  "--prefs-dir",  prefs()};
+    if (demo)
+      args.push_back("--progress-demo");
+    const Outcome r = run(args);
+    EXPECT_EQ(r.exitCode, 0) << r.err;
+    return at(screenshot("shot.png"), 200, 300).brightness();
+  };
+  // The dark panel covers the home screen's play button while it counts.
+  EXPECT_GT(brightnessOfPlayButton(false), 200);
+  EXPECT_LT(brightnessOfPlayButton(true), 100);
+}
+
 TEST_F(LaunchTest, AGivenSizeBecomesTheScene) {
   const Outcome r =
       run({"--scale", "1", "--size", "400x600", "--prefs-dir", prefs()}, "start\ndump\n");
