@@ -1,5 +1,5 @@
 // The cost of one scene frame (run-loop pass, actions, physics step and
-// contact delivery) with 2 cars and N falling obstacles, against bare Box2D
+// contact delivery) with two cars and N falling obstacles, against bare Box2D
 // stepping the same bodies moved by SetTransform. Each iteration runs one
 // frame of each, one after the other, so machine noise hits them alike; both
 // are timed in thread CPU time, which a busy machine inflates far less than

@@ -176,8 +176,8 @@ InterfaceLayout::ControllerSpec controller(const json& j, const std::string& whe
   if (j.contains("outlets")) {
     if (!j["outlets"].is_object())
       fail(where + ".outlets", "expected an object of views");
-    for (const auto& [name, spec] : j["outlets"].items()) {
-      c.outlets.emplace_back(name, parseView(spec, where + ".outlets." + name, depth + 1));
+    for (const auto& [name, desc] : j["outlets"].items()) {
+      c.outlets.emplace_back(name, parseView(desc, where + ".outlets." + name, depth + 1));
     }
   }
   return c;
@@ -213,10 +213,10 @@ Rect resolve(const InterfaceLayout::FrameSpec& f, const DeviceProfile& p) {
   return f.rect;
 }
 
-std::shared_ptr<View> build(const InterfaceLayout::ViewSpec& spec, const DeviceProfile& p,
+std::shared_ptr<View> build(const InterfaceLayout::ViewSpec& desc, const DeviceProfile& p,
                             std::shared_ptr<SpriteView>& firstSprite) {
   std::shared_ptr<View> v;
-  if (spec.className == "SpriteView") {
+  if (desc.className == "SpriteView") {
     auto sprite = std::make_shared<SpriteView>();
     if (!firstSprite)
       firstSprite = sprite;
@@ -224,13 +224,13 @@ std::shared_ptr<View> build(const InterfaceLayout::ViewSpec& spec, const DeviceP
   } else {
     v = std::make_shared<View>();
   }
-  if (spec.frame)
-    v->setFrame(resolve(*spec.frame, p));
-  if (spec.backgroundColor)
-    v->setBackgroundColor(*spec.backgroundColor);
-  v->setAutoresizingMask(spec.autoresizingMask);
-  v->setUserInteractionEnabled(spec.userInteractionEnabled);
-  for (const auto& sub : spec.subviews)
+  if (desc.frame)
+    v->setFrame(resolve(*desc.frame, p));
+  if (desc.backgroundColor)
+    v->setBackgroundColor(*desc.backgroundColor);
+  v->setAutoresizingMask(desc.autoresizingMask);
+  v->setUserInteractionEnabled(desc.userInteractionEnabled);
+  for (const auto& sub : desc.subviews)
     v->addSubview(build(sub, p, firstSprite));
   return v;
 }
@@ -241,33 +241,33 @@ struct Builder {
   InterfaceLayout::Instance& out;
   std::vector<std::shared_ptr<View>>& windowViews;
 
-  std::shared_ptr<ViewController> make(const InterfaceLayout::ControllerSpec& spec,
+  std::shared_ptr<ViewController> make(const InterfaceLayout::ControllerSpec& desc,
                                        const std::string& where) {
     std::shared_ptr<ViewController> c;
-    if (spec.className == "NavigationController") {
-      auto root = make(spec.viewControllers.front(), where + ".viewControllers[0]");
+    if (desc.className == "NavigationController") {
+      auto root = make(desc.viewControllers.front(), where + ".viewControllers[0]");
       auto nav = std::make_shared<NavigationController>(root);
-      for (size_t i = 1; i < spec.viewControllers.size(); ++i) {
+      for (size_t i = 1; i < desc.viewControllers.size(); ++i) {
         nav->pushViewController(
-            make(spec.viewControllers[i], where + ".viewControllers[" + std::to_string(i) + "]"),
+            make(desc.viewControllers[i], where + ".viewControllers[" + std::to_string(i) + "]"),
             false);
       }
       c = nav;
     } else {
-      auto it = classes.find(spec.className);
+      auto it = classes.find(desc.className);
       if (it == classes.end() || !it->second) {
-        fail(where + ".class", "unknown view controller class \"" + spec.className + "\"");
+        fail(where + ".class", "unknown view controller class \"" + desc.className + "\"");
       }
       c = it->second();
       if (!c)
-        fail(where + ".class", "the factory of \"" + spec.className + "\" made nothing");
+        fail(where + ".class", "the factory of \"" + desc.className + "\" made nothing");
     }
     std::shared_ptr<View> own;
-    if (spec.view) {
-      own = build(*spec.view, profile, out.spriteView);
+    if (desc.view) {
+      own = build(*desc.view, profile, out.spriteView);
       c->setView(own);
     }
-    for (const auto& [name, viewSpec] : spec.outlets) {
+    for (const auto& [name, viewSpec] : desc.outlets) {
       auto v = build(viewSpec, profile, out.spriteView);
       if (viewSpec.inWindow || !own) {
         windowViews.push_back(v);
@@ -297,8 +297,8 @@ std::optional<InterfaceLayout> InterfaceLayout::parse(std::string_view text, std
     if (!doc.contains("profiles") || !doc["profiles"].is_object() || doc["profiles"].empty()) {
       fail("profiles", "expected an object with at least one device profile");
     }
-    for (const auto& [name, spec] : doc["profiles"].items()) {
-      layout.profiles_.push_back(parseProfile(name, spec, "profiles." + name));
+    for (const auto& [name, desc] : doc["profiles"].items()) {
+      layout.profiles_.push_back(parseProfile(name, desc, "profiles." + name));
     }
     if (!doc.contains("window") || !doc["window"].is_object())
       fail("window", "expected an object");
