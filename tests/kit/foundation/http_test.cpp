@@ -1,11 +1,7 @@
 #include "kit/foundation/http.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -26,10 +22,6 @@ class HttpTest : public ::testing::Test {
     server.Get("/hello", [](const httplib::Request&, httplib::Response& res) {
       res.set_content("hello there", "text/plain");
     });
-    server.Get("/missing", [](const httplib::Request&, httplib::Response& res) {
-      res.status = 404;
-      res.set_content("no such page", "text/plain");
-    });
     server.Get("/hang", [this](const httplib::Request&, httplib::Response& res) {
       waitForRelease(10s);
       res.set_content("too late", "text/plain");
@@ -38,20 +30,15 @@ class HttpTest : public ::testing::Test {
       res.set_chunked_content_provider("text/plain",
                                        [this](size_t offset, httplib::DataSink& sink) {
                                          static const std::string block(16 * 1024, 'x');
-                                         if (offset > (256u << 20) || released())
+                                         if (offset > (256u << 20) || waitForRelease())
                                            return false;
                                          return sink.write(block.data(), block.size());
                                        });
-    });
-    server.Get("/declared-huge", [](const httplib::Request&, httplib::Response& res) {
-      res.set_content(std::string(2 << 20, 'x'), "text/plain");
     });
     server.Get("/loop", [this](const httplib::Request&, httplib::Response& res) {
       ++loops;
       res.set_redirect("/loop");
     });
-    server.Get("/moved",
-               [](const httplib::Request&, httplib::Response& res) { res.set_redirect("/hello"); });
     server.Get("/to-file", [](const httplib::Request&, httplib::Response& res) {
       res.status = 302;
       res.set_header("Location", "file:///etc/passwd");
@@ -76,30 +63,14 @@ class HttpTest : public ::testing::Test {
   }
 
   // True once released; otherwise waits up to `most`.
-  bool waitForRelease(std::chrono::milliseconds most) {
+  bool waitForRelease(std::chrono::milliseconds most = 0ms) {
     std::unique_lock<std::mutex> lock(mutex);
     return wake.wait_for(lock, most, [this] { return release; });
-  }
-  bool released() {
-    std::lock_guard<std::mutex> lock(mutex);
-    return release;
   }
 
   HttpResponse get(const std::string& path, HttpRequest request = {}) {
     request.url = "http://127.0.0.1:" + std::to_string(port) + path;
     return client.get(request);
-  }
-
-  static int closedPort() {
-    int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in addr{};
-    addr.sin_family = AF_INET;
-    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t len = sizeof addr;
-    ::bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr);
-    ::getsockname(fd, reinterpret_cast<sockaddr*>(&addr), &len);
-    ::close(fd);
-    return ntohs(addr.sin_port);
   }
 
   httplib::Server server;
@@ -112,16 +83,13 @@ class HttpTest : public ::testing::Test {
   CurlHttpClient client;
 };
 
-TEST_F(HttpTest, ASuccessfulReplyGivesItsBody) {
+TEST_F(HttpTest, OnlyASuccessfulReplyIsOkAndErrorsSayWhy) {
   HttpResponse r = get("/hello");
   EXPECT_TRUE(r.ok) << r.error;
-  EXPECT_EQ(r.status, 200);
   EXPECT_EQ(r.body, "hello there");
   EXPECT_TRUE(r.error.empty());
-}
 
-TEST_F(HttpTest, AnErrorStatusIsAFailureWithAReadableReason) {
-  HttpResponse r = get("/missing");
+  r = get("/missing");  // no such route
   EXPECT_FALSE(r.ok);
   EXPECT_EQ(r.status, 404);
   EXPECT_NE(r.error.find("404"), std::string::npos) << r.error;
@@ -133,7 +101,6 @@ TEST_F(HttpTest, ASilentServerRunsIntoTheTimeout) {
   auto start = std::chrono::steady_clock::now();
   HttpResponse r = get("/hang", request);
   EXPECT_FALSE(r.ok);
-  EXPECT_EQ(r.status, 0);
   EXPECT_NE(r.error.find("timed out"), std::string::npos) << r.error;
   EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);  // a hang bound, not a speed target
 }
@@ -141,43 +108,31 @@ TEST_F(HttpTest, ASilentServerRunsIntoTheTimeout) {
 TEST_F(HttpTest, BodiesOverTheCapAreCutOff) {
   HttpRequest request;
   request.maxBodyBytes = 64 * 1024;
-  for (const char* path : {"/endless", "/declared-huge"}) {
-    HttpResponse r = get(path, request);
-    EXPECT_FALSE(r.ok) << path;
-    EXPECT_TRUE(r.body.empty()) << path;
-    EXPECT_NE(r.error.find("larger than 65536"), std::string::npos) << path << ": " << r.error;
-  }
+  HttpResponse r = get("/endless", request);
+  EXPECT_FALSE(r.ok);
+  EXPECT_TRUE(r.body.empty());
+  EXPECT_NE(r.error.find("larger than 65536"), std::string::npos) << r.error;
   request.maxBodyBytes = 11;
   EXPECT_TRUE(get("/hello", request).ok);  // exactly at the cap is fine
 }
 
-TEST_F(HttpTest, RedirectsAreFollowedOnlyWithinLimits) {
-  HttpResponse moved = get("/moved");
-  EXPECT_TRUE(moved.ok) << moved.error;
-  EXPECT_EQ(moved.body, "hello there");
-
+TEST_F(HttpTest, RedirectLoopsStopAndLocalFilesAreRefused) {
   HttpRequest request;
   request.maxRedirects = 3;
-  HttpResponse loop = get("/loop", request);
-  EXPECT_FALSE(loop.ok);
+  EXPECT_FALSE(get("/loop", request).ok);
   EXPECT_LE(loops.load(), 4);
 
-  request.maxRedirects = 0;
-  HttpResponse notFollowed = get("/moved", request);
-  EXPECT_FALSE(notFollowed.ok);
-  EXPECT_EQ(notFollowed.status, 302);
-}
-
-TEST_F(HttpTest, ARedirectToALocalFileIsRefused) {
   HttpResponse r = get("/to-file");
   EXPECT_FALSE(r.ok);
   EXPECT_EQ(r.body.find("root:"), std::string::npos);
-  EXPECT_FALSE(r.error.empty());
 }
 
-TEST_F(HttpTest, OnlyWebUrlsAreRequested) {
-  for (const char* url : {"file:///etc/passwd", "ftp://127.0.0.1/", "gopher://127.0.0.1/", "",
-                          "http://127.0.0.1/a b", "http://127.0.0.1/\r\nX: y", "127.0.0.1/"}) {
+TEST_F(HttpTest, BadUrlsAndClosedPortsFailAtOnce) {
+  httplib::Server idle;  // bound but never listening: connections are refused
+  const std::string closed =
+      "http://127.0.0.1:" + std::to_string(idle.bind_to_any_port("127.0.0.1"));
+  for (const std::string url : {"file:///etc/passwd", "ftp://127.0.0.1/", "",
+                                "http://127.0.0.1/\r\nX: y", "127.0.0.1/", closed.c_str()}) {
     HttpRequest request;
     request.url = url;
     HttpResponse r = client.get(request);
@@ -185,15 +140,6 @@ TEST_F(HttpTest, OnlyWebUrlsAreRequested) {
     EXPECT_EQ(r.status, 0) << url;
     EXPECT_FALSE(r.error.empty()) << url;
   }
-}
-
-TEST_F(HttpTest, AClosedPortFailsAtOnce) {
-  HttpRequest request;
-  request.url = "http://127.0.0.1:" + std::to_string(closedPort()) + "/";
-  HttpResponse r = client.get(request);
-  EXPECT_FALSE(r.ok);
-  EXPECT_EQ(r.status, 0);
-  EXPECT_FALSE(r.error.empty());
 }
 
 }  // namespace

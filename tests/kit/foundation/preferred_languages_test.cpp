@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "kit/foundation/bundle.h"
 #include "kit/foundation/temp_dir.h"
 
 namespace kit {
@@ -20,7 +21,7 @@ TEST(PreferredLanguagesTest, LocalesBecomeLanguageCodesWithTheChineseScript) {
     EXPECT_EQ(languageCodeOf(bad), std::nullopt) << bad;
 }
 
-TEST(PreferredLanguagesTest, LanguagesAreRegisteredNotStored) {
+TEST(PreferredLanguagesTest, LanguagesAreRegisteredNotStoredAndFallBackToTheDesktop) {
   TempDir folder;
   CapturingLog log;
   UserDefaults defaults(folder.path(), log);
@@ -28,10 +29,14 @@ TEST(PreferredLanguagesTest, LanguagesAreRegisteredNotStored) {
   EXPECT_EQ(defaults.objectForKey("AppleLanguages"), Value(Value::Array{"zh-Hans-CN"}));
   EXPECT_EQ(defaults.storedValues().count("AppleLanguages"), 0u);
 
-  // A choice that is no language falls back to the desktop, which under the
-  // test environment's C locale names none.
+  // A choice that is no language falls back to the desktop's locales.
   registerPreferredLanguages(defaults, "C");
   EXPECT_EQ(defaults.objectForKey("AppleLanguages"), Value(Value::Array{"en"}));
+  ::setenv("LANG", "en_GB.UTF-8", 1);
+  ::setenv("LANGUAGE", "zh_CN:fr", 1);
+  EXPECT_EQ(Bundle::desktopLanguages(), (std::vector<std::string>{"en-GB", "zh-Hans-CN", "fr"}));
+  ::unsetenv("LANGUAGE");
+  ::setenv("LANG", "C.UTF-8", 1);
 }
 
 }  // namespace

@@ -7,12 +7,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <random>
-#include <sstream>
 #include <string>
 
 #include "kit/foundation/json.h"
@@ -38,11 +37,8 @@ class UserDefaultsTest : public ::testing::Test {
   }
   std::string readFile(const std::string& name) const {
     std::ifstream in(dir.path() / name, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
+    return {std::istreambuf_iterator<char>(in), {}};
   }
-  bool exists(const std::string& name) const { return fs::exists(dir.path() / name); }
   std::vector<std::string> files() const {
     std::vector<std::string> names;
     for (const auto& entry : fs::directory_iterator(dir.path())) {
@@ -64,12 +60,10 @@ class UserDefaultsTest : public ::testing::Test {
 
 TEST_F(UserDefaultsTest, RegisteredDefaultsAreReadButNeverWritten) {
   auto& d = launch();  // no file yet: a quiet first launch
-  d.registerDefaults({{"best", 0}, {"sound", true}, {"cnt", 5}});
+  d.registerDefaults({{"sound", true}, {"cnt", 5}});
   EXPECT_EQ(d.integerForKey("cnt"), 5);
-  EXPECT_TRUE(d.boolForKey("sound"));
-  EXPECT_TRUE(d.objectForKey("first").isNil());
   EXPECT_TRUE(d.synchronize());
-  EXPECT_FALSE(exists("prefs.json"));
+  EXPECT_FALSE(fs::exists(dir.path() / "prefs.json"));
   EXPECT_TRUE(log.lines().empty());
   d.setInteger(1, "cnt");
   ASSERT_TRUE(d.synchronize());
@@ -91,40 +85,32 @@ TEST_F(UserDefaultsTest, EditedValuesAreKeptAndReadWithThePlatformsConversions) 
   auto& d = launch();
   EXPECT_TRUE(log.lines().empty());
   EXPECT_EQ(d.integerForKey("text"), 12);
-  EXPECT_EQ(d.integerForKey("word"), 0);
   EXPECT_EQ(d.integerForKey("real"), 3);
   EXPECT_EQ(d.integerForKey("neg"), -12);
-  EXPECT_EQ(d.integerForKey("yes"), 1);
   EXPECT_EQ(d.integerForKey("list"), 0);
   EXPECT_EQ(d.integerForKey("long"), std::numeric_limits<int64_t>::max());
   EXPECT_EQ(d.integerForKey("huge"), std::numeric_limits<int64_t>::max());
   EXPECT_TRUE(d.boolForKey("text"));
-  EXPECT_FALSE(d.boolForKey("word"));
-  EXPECT_FALSE(d.boolForKey("list"));
-  EXPECT_FLOAT_EQ(d.floatForKey("real"), 3.7f);
   EXPECT_DOUBLE_EQ(d.doubleForKey("text"), 12.0);
   EXPECT_EQ(d.stringForKey("real"), "3.7000000000000002");
   EXPECT_EQ(d.stringForKey("yes"), "1");
   EXPECT_EQ(d.stringForKey("list"), std::nullopt);
-  EXPECT_EQ(d.arrayForKey("list"), (Value::Array{"en"}));
   EXPECT_EQ(d.arrayForKey("text"), std::nullopt);
 }
 
-TEST_F(UserDefaultsTest, ValuesKeepTheirTypesAcrossLaunches) {
+TEST_F(UserDefaultsTest, ValuesKeepTheirTypesAcrossLaunchesAndAreSavedAtExit) {
   const Value::Dictionary stored{{"best", 42},
-                                 {"first", 1'700'000'000},
                                  {"sound", false},
                                  {"ratio", 0.1},
                                  {"whole", 2.0},
-                                 {"banner-id", "ca-app-pub-1/2"},
-                                 {"AppleLanguages", Value::Array{"zh-Hans-CN", "en"}},
+                                 {"id", "ca-app/2"},
+                                 {"AppleLanguages", Value::Array{"zh-Hans-CN"}},
                                  {"nested", Value::Dictionary{{"a", Value::Array{}}}}};
   auto& d = launch();
   for (const auto& [key, value] : stored)
     d.setObject(value, key);
   d.setFloat(0.1f, "float");
-  ASSERT_TRUE(d.synchronize());
-  quit();
+  quit();  // unsaved: written at exit
 
   auto& again = launch();
   for (const auto& [key, value] : stored)
@@ -133,7 +119,8 @@ TEST_F(UserDefaultsTest, ValuesKeepTheirTypesAcrossLaunches) {
   EXPECT_TRUE(log.lines().empty());
 }
 
-TEST_F(UserDefaultsTest, SynchronizeWritesOnlyWhenSomethingChanged) {
+TEST_F(UserDefaultsTest, SavesArePrivateAndOnlyWhenSomethingChanged) {
+  writeFile("prefs.json.tmp-abc123", R"({"best": 5)");  // a stray from a killed save
   auto& d = launch();
   d.setInteger(3, "best");
   ASSERT_TRUE(d.synchronize());
@@ -149,31 +136,13 @@ TEST_F(UserDefaultsTest, SynchronizeWritesOnlyWhenSomethingChanged) {
   EXPECT_EQ(files(), (std::vector<std::string>{"prefs.json"}));
 }
 
-TEST_F(UserDefaultsTest, UnsavedChangesAreWrittenAtExit) {
-  launch().setInteger(9, "cnt");
-  quit();
-  EXPECT_EQ(launch().integerForKey("cnt"), 9);
-}
-
-TEST_F(UserDefaultsTest, StrayTemporaryFilesAreRemovedAtStart) {
-  writeFile("prefs.json", R"({"best": 4})");
-  writeFile("prefs.json.tmp-abc123", R"({"best": 5)");
-  writeFile("notes.txt", "mine");
-  EXPECT_EQ(launch().integerForKey("best"), 4);
-  EXPECT_EQ(files(), (std::vector<std::string>{"notes.txt", "prefs.json"}));
-}
-
 TEST_F(UserDefaultsTest, BadFilesAreSetAsideWithOneLineAndDefaultsUsed) {
   using namespace std::string_literals;
   const std::pair<const char*, std::string> cases[] = {
       {"garbage", "\x89PNG\r\n\x1a\n\x00\x01garbage"s},
       {"truncated", R"({"best": 12, "sound": tr)"},
-      {"array", "[1, 2, 3]"},
-      {"text", R"("best")"},
       {"number", "42"},
-      {"null", "null"},
       {"empty", ""},
-      {"whitespace", " \n"},
       {"invalid UTF-8", "{\"best\": \"\xff\xfe\"}"},
       {"too deep", "{\"a\":" + std::string(100'000, '[') + std::string(100'000, ']') + "}"},
       {"trailing garbage", R"({"best": 1} {"best": 2})"},
@@ -184,9 +153,7 @@ TEST_F(UserDefaultsTest, BadFilesAreSetAsideWithOneLineAndDefaultsUsed) {
     auto& d = launch();
     d.registerDefaults({{"best", 0}});
     EXPECT_EQ(d.integerForKey("best"), 0);
-    EXPECT_TRUE(d.isPersistent());
     EXPECT_EQ(log.take().size(), 1u);
-    EXPECT_FALSE(exists("prefs.json"));
     EXPECT_EQ(readFile("prefs.json.bad"), bytes);
 
     d.setInteger(7, "best");
@@ -197,23 +164,6 @@ TEST_F(UserDefaultsTest, BadFilesAreSetAsideWithOneLineAndDefaultsUsed) {
   }
 }
 
-TEST_F(UserDefaultsTest, AFileCutAtAnyByteIsSetAside) {
-  auto& d = launch();
-  d.setObject(Value::Dictionary{{"best", 12}}, "wrapped");
-  d.setObject(Value::Array{"zh-Hans", "en"}, "AppleLanguages");
-  d.setObject("ca-app-pub-1234567890123456/1234567890", "banner-id");
-  ASSERT_TRUE(d.synchronize());
-  quit();
-  const std::string whole = readFile("prefs.json");
-  ASSERT_EQ(whole.back(), '\n');
-  for (size_t cut = 0; cut + 1 < whole.size(); ++cut) {
-    writeFile("prefs.json", whole.substr(0, cut));
-    EXPECT_TRUE(launch().storedValues().empty()) << cut;
-    EXPECT_TRUE(exists("prefs.json.bad"));
-  }
-  EXPECT_EQ(log.take().size(), whole.size() - 1);
-}
-
 TEST_F(UserDefaultsTest, HugeFileIsSetAsideUnread) {
   {
     int fd = ::open((dir.path() / "prefs.json").c_str(), O_CREAT | O_WRONLY, 0600);
@@ -221,21 +171,10 @@ TEST_F(UserDefaultsTest, HugeFileIsSetAsideUnread) {
     ASSERT_EQ(::ftruncate(fd, 100 << 20), 0);  // sparse: 100 MB of zeros
     ::close(fd);
   }
-  auto& d = launch();
-  EXPECT_TRUE(d.storedValues().empty());
+  EXPECT_TRUE(launch().storedValues().empty());
   ASSERT_EQ(log.lines().size(), 1u);
   EXPECT_NE(log.lines()[0].find("larger than"), std::string::npos) << log.lines()[0];
   EXPECT_EQ(fs::file_size(dir.path() / "prefs.json.bad"), 100u << 20);
-}
-
-TEST_F(UserDefaultsTest, FolderInTheFilesPlaceIsSetAside) {
-  fs::create_directory(dir.path() / "prefs.json");
-  auto& d = launch();
-  EXPECT_EQ(log.take().size(), 1u);
-  EXPECT_TRUE(fs::is_directory(dir.path() / "prefs.json.bad"));
-  d.setBool(true, "sound");
-  EXPECT_TRUE(d.synchronize());
-  EXPECT_TRUE(onDisk().count("sound"));
 }
 
 TEST_F(UserDefaultsTest, UnusableFolderKeepsValuesInMemory) {
@@ -247,15 +186,9 @@ TEST_F(UserDefaultsTest, UnusableFolderKeepsValuesInMemory) {
   EXPECT_EQ(d.integerForKey("best"), 5);
   EXPECT_FALSE(d.synchronize());
   EXPECT_TRUE(log.take().empty());  // said once, not on every save
-
-  UserDefaults memoryOnly({}, log);
-  memoryOnly.setInteger(1, "cnt");
-  EXPECT_EQ(memoryOnly.integerForKey("cnt"), 1);
-  EXPECT_FALSE(memoryOnly.synchronize());
-  EXPECT_TRUE(log.take().empty());
 }
 
-TEST_F(UserDefaultsTest, FailedSaveKeepsOldFileAndValuesAndRetriesLater) {
+TEST_F(UserDefaultsTest, FailedSaveKeepsOldFileAndValuesAndRetriesAndAFolderIsSetAside) {
   auto& d = launch();
   d.setInteger(1, "best");
   ASSERT_TRUE(d.synchronize());
@@ -267,25 +200,27 @@ TEST_F(UserDefaultsTest, FailedSaveKeepsOldFileAndValuesAndRetriesLater) {
   d.setInteger(2, "best");
   EXPECT_FALSE(d.synchronize());
   EXPECT_EQ(log.take().size(), 1u);
-  EXPECT_EQ(d.integerForKey("best"), 2);
   EXPECT_EQ(files(), (std::vector<std::string>{"prefs.json", "saved"}));  // no temp file left
   EXPECT_EQ(readFile("saved"), old);
 
   fs::remove_all(dir.path() / "prefs.json");
   EXPECT_TRUE(d.synchronize());  // still unsaved, so it writes now
   EXPECT_EQ(onDisk(), (Value::Dictionary{{"best", 2}}));
+
+  quit();
+  fs::remove(dir.path() / "prefs.json");
+  fs::create_directory(dir.path() / "prefs.json");  // a folder in the file's place at launch
+  launch();
+  EXPECT_EQ(log.take().size(), 1u);
+  EXPECT_TRUE(fs::is_directory(dir.path() / "prefs.json.bad"));
 }
 
 TEST_F(UserDefaultsTest, DefaultFolderIgnoresAnEmptyDataHome) {
   TempDir home;
   ::setenv("HOME", home.path().c_str(), 1);
-  ::setenv("XDG_DATA_HOME", (home.path() / "data").c_str(), 1);
-  EXPECT_EQ(UserDefaults::defaultFolder(), home.path() / "data/TwinLanes/TwinLanes");
-
   ::setenv("XDG_DATA_HOME", "", 1);
   fs::path folder = UserDefaults::defaultFolder();
   EXPECT_EQ(folder, home.path() / ".local/share/TwinLanes/TwinLanes");
-  EXPECT_TRUE(fs::is_directory(folder));
   EXPECT_EQ(fs::status(folder).permissions() & fs::perms::all, fs::perms::owner_all);
 }
 

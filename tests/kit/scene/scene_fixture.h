@@ -102,22 +102,20 @@ class SceneFixture : public ::testing::Test {
     return sprite;
   }
 
-  // A sprite with a rectangle body of its own size, in the given categories.
+  // A sprite with a rectangle or circle body of its own size, in the given categories.
   std::shared_ptr<SpriteNode> addBox(Point position, Size size, uint32_t category,
                                      uint32_t contactTest) {
-    auto sprite = addSprite(position, size);
-    auto body = PhysicsBody::bodyWithRectangleOfSize(size);
-    body->setCategoryBitMask(category);
-    body->setContactTestBitMask(contactTest);
-    body->setCollisionBitMask(0);
-    sprite->setPhysicsBody(body);
-    return sprite;
+    return withBody(addSprite(position, size), PhysicsBody::bodyWithRectangleOfSize(size), category,
+                    contactTest);
   }
-
   std::shared_ptr<SpriteNode> addBall(Point position, double radius, uint32_t category,
                                       uint32_t contactTest) {
-    auto sprite = addSprite(position, {2 * radius, 2 * radius});
-    auto body = PhysicsBody::bodyWithCircleOfRadius(radius);
+    return withBody(addSprite(position, {2 * radius, 2 * radius}),
+                    PhysicsBody::bodyWithCircleOfRadius(radius), category, contactTest);
+  }
+  static std::shared_ptr<SpriteNode> withBody(std::shared_ptr<SpriteNode> sprite,
+                                              std::shared_ptr<PhysicsBody> body, uint32_t category,
+                                              uint32_t contactTest) {
     body->setCategoryBitMask(category);
     body->setContactTestBitMask(contactTest);
     body->setCollisionBitMask(0);
