@@ -48,28 +48,25 @@ class LayoutTest : public ::testing::Test {
   std::shared_ptr<ProbeController> probe;
 };
 
-TEST_F(LayoutTest, TheMainLayoutHasAPhoneAndAPadWithTheirBannerStrips) {
+TEST_F(LayoutTest, TheMainLayoutHasAPhoneAndAPadWithTheSceneOverTheBannerStrip) {
   const InterfaceLayout layout = mainLayout();
   const DeviceProfile* phone = layout.profile("phone");
   const DeviceProfile* pad = layout.profile("pad");
   ASSERT_TRUE(phone && pad);
   EXPECT_EQ(phone->scene, (Size{320, 568}));
-  EXPECT_EQ(phone->window(), (Size{320, 618}));
   EXPECT_EQ(pad->idiom, Device::Idiom::Pad);
   EXPECT_EQ(pad->window(), (Size{768, 1114}));
   EXPECT_EQ(layout.profile("watch"), nullptr);
-}
 
-TEST_F(LayoutTest, TheSpriteViewIsTheScenesAreaAndTheBannerStripLiesUnderIt) {
+  // On the phone the sprite view is the scene's area and the banner strip lies under it.
   std::string error;
-  auto app = mainLayout().instantiate(*mainLayout().profile("phone"), classes(), &error);
+  auto app = layout.instantiate(*phone, classes(), &error);
   ASSERT_TRUE(app) << error;
   app->install();
   auto nav = std::dynamic_pointer_cast<NavigationController>(app->window->rootViewController());
   ASSERT_TRUE(nav);
   EXPECT_EQ(nav->topViewController(), probe);
   EXPECT_EQ(app->window->bounds().size, (Size{320, 618}));
-  ASSERT_TRUE(app->spriteView);
   EXPECT_EQ(probe->view(), app->spriteView);
   EXPECT_EQ(app->spriteView->convertRectToView(app->spriteView->bounds(), nullptr),
             (Rect{{0, 0}, {320, 568}}));
@@ -94,44 +91,34 @@ TEST_F(LayoutTest, ControllersFindTheirOutletsAndTheSceneSizeWhenTheirViewLoads)
   EXPECT_EQ(probe->adView.lock()->frame(), (Rect{{0, 800}, {600, 90}}));
 }
 
-TEST_F(LayoutTest, AnUnknownControllerClassIsAnErrorNotACrash) {
-  std::string error;
-  auto app = mainLayout().instantiate(*mainLayout().profile("phone"), {}, &error);
-  EXPECT_FALSE(app);
-  EXPECT_NE(error.find("unknown view controller class \"ViewController\""), std::string::npos)
-      << error;
-}
-
-TEST_F(LayoutTest, BrokenFilesAreRefusedWithThePlaceOfTheFault) {
-  EXPECT_NE(refusal("{").find("not valid JSON"), std::string::npos);
-  EXPECT_NE(refusal("[]").find("expected an object"), std::string::npos);
+TEST_F(LayoutTest, BrokenFilesAndUnknownClassesAreRefusedWithThePlaceOfTheFault) {
+  const std::string profiles = R"({"profiles": {"p": {"scene": [10, 10]}}, )";
   const std::string window = R"("window": {"rootViewController": {"class": "ViewController"}})";
-  EXPECT_EQ(refusal(R"({"profiles": {"p": {"scene": [10, 10]}}, )" + window + "}"), "");
-  EXPECT_NE(refusal(R"({"profiles": {}, )" + window + "}").find("profiles"), std::string::npos);
-  EXPECT_NE(refusal(R"({"profiles": {"p": {"scene": [10, -1]}}, )" + window + "}")
-                .find("profiles.p.scene"),
-            std::string::npos);
-  EXPECT_NE(refusal(R"({"profiles": {"p": {"scene": [10, 10], "idiom": "tv"}}, )" + window + "}")
-                .find("profiles.p.idiom"),
-            std::string::npos);
-  EXPECT_NE(refusal(R"({"profiles": {"p": {"scene": [10, 10]}}, "window": {"rootViewController":
-              {"class": "ViewController", "view": {"frame": "moon"}}}})")
-                .find("window.rootViewController.view.frame"),
-            std::string::npos);
-  EXPECT_NE(refusal(R"({"profiles": {"p": {"scene": [10, 10]}}, "window": {"rootViewController":
-              {"class": "NavigationController"}}})")
-                .find("root view controller"),
-            std::string::npos);
-  EXPECT_NE(refusal(R"({"profiles": {"p": {"scene": [10, 10]}}, "window": {"rootViewController":
-              {"class": "ViewController", "view": {"class": "Button"}}}})")
-                .find("unknown view class"),
-            std::string::npos);
-}
+  auto root = [&](const std::string& controller) {
+    return profiles + R"("window": {"rootViewController": )" + controller + "}}";
+  };
+  EXPECT_EQ(refusal(profiles + window + "}"), "");
+  const std::pair<std::string, std::string> cases[] = {
+      {"{", "not valid JSON"},
+      {"[]", "expected an object"},
+      {R"({"profiles": {}, )" + window + "}", "profiles"},
+      {R"({"profiles": {"p": {"scene": [10, -1]}}, )" + window + "}", "profiles.p.scene"},
+      {R"({"profiles": {"p": {"scene": [10, 10], "idiom": "tv"}}, )" + window + "}",
+       "profiles.p.idiom"},
+      {root(R"({"class": "ViewController", "view": {"frame": "moon"}})"),
+       "window.rootViewController.view.frame"},
+      {root(R"({"class": "NavigationController"})"), "root view controller"},
+      {root(R"({"class": "ViewController", "view": {"class": "Button"}})"), "unknown view class"},
+  };
+  for (const auto& [json, reason] : cases)
+    EXPECT_NE(refusal(json).find(reason), std::string::npos) << json << " -> " << refusal(json);
 
-TEST_F(LayoutTest, AMissingFileIsAnError) {
   std::string error;
   EXPECT_FALSE(InterfaceLayout::load("/nonexistent/main.json", &error));
   EXPECT_NE(error.find("cannot read"), std::string::npos);
+  EXPECT_FALSE(mainLayout().instantiate(*mainLayout().profile("phone"), {}, &error));
+  EXPECT_NE(error.find("unknown view controller class \"ViewController\""), std::string::npos)
+      << error;
 }
 
 }  // namespace

