@@ -42,11 +42,8 @@ class GameTest : public ::testing::Test {
   // Runs frames until `done` holds (checked before each frame); false if it
   // did not within `limit` frames.
   bool runUntil(const std::function<bool()>& done, int limit = 60 * 60) {
-    for (int i = 0; i < limit; ++i) {
-      if (done())
-        return true;
+    for (int i = 0; i < limit && !done(); ++i)
       frames(1);
-    }
     return done();
   }
 
@@ -62,20 +59,14 @@ class GameTest : public ::testing::Test {
     ASSERT_TRUE(scene->startFlag);
   }
 
-  // Calls `spawn` with rand() seeded so that the spawn's first draw gives
+  // Spawns in `road` with rand() seeded so that the spawn's first draw gives
   // `kind` (0 circle, 1 rectangle): the seed is searched for, not guessed.
-  void withKind(int kind, const std::function<void()>& spawn) {
-    for (unsigned seed = 1;; ++seed) {
-      std::srand(seed);
-      if (std::rand() % 2 == kind) {
-        std::srand(seed);
-        spawn();
-        return;
-      }
-    }
-  }
   std::shared_ptr<Obstacle> spawn(int road, int kind) {
-    withKind(kind, [&] { scene->addObstacleInRoadIdx(road); });
+    unsigned seed = 1;
+    for (std::srand(seed); std::rand() % 2 != kind; std::srand(++seed)) {
+    }
+    std::srand(seed);
+    scene->addObstacleInRoadIdx(road);
     return scene->allObstacle.back();
   }
 
