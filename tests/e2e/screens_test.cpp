@@ -1,7 +1,5 @@
 // What a player sees: the home screen, a run in play and the game-over
 // screen, on a phone and on a pad, checked in screenshots of the real game.
-#include <string>
-
 #include "e2e_fixture.h"
 #include "kit/ui/text_layout.h"
 
@@ -18,41 +16,22 @@ void PrintTo(const Device& d, std::ostream* os) {
   *os << d.name;
 }
 
-// Scene points (y up) to screenshot pixels.
-struct Screen {
-  Device d;
-  double x(double sceneX) const { return sceneX; }
-  double y(double sceneY) const { return d.h - sceneY; }
-};
-
-bool dashWhite(Rgb p) {
-  return p.r > 180 && p.g > 180 && p.b > 180;
-}
-bool teal(Rgb p) {
-  return p.g > p.r + 60 && p.b > p.r + 50;
-}
-bool dark(Rgb p) {
-  return p.brightness() < 70;
-}
-bool titleOrange(Rgb p) {
-  return p.r > 200 && p.g > 120 && p.b < 110;
-}
+const auto dashWhite = [](Rgb p) { return p.r > 180 && p.g > 180 && p.b > 180; };
+const auto teal = [](Rgb p) { return p.g > p.r + 60 && p.b > p.r + 50; };
+const auto dark = [](Rgb p) { return p.brightness() < 70; };
+const auto titleOrange = [](Rgb p) { return p.r > 200 && p.g > 120 && p.b < 110; };
 // The game-over labels' colour, (0.02, 0.7, 1.0), on the dark panel.
-bool labelCyan(Rgb p) {
-  return p.b > 150 && p.b > p.r + 90 && p.g > 80;
-}
+const auto labelCyan = [](Rgb p) { return p.b > 150 && p.b > p.r + 90 && p.g > 80; };
 
 class ScreensTest : public EndToEndTest, public ::testing::WithParamInterface<Device> {
  protected:
-  Screen screen() const { return {GetParam()}; }
-  std::string header() const {
-    const Device& d = GetParam();
-    return "seed 5\ndevice " + d.name + " " + std::to_string(int(d.w)) + " " +
-           std::to_string(int(d.h)) + "\nstart\n";
-  }
+  // Scene points (y up) to screenshot pixels.
+  double y(double sceneY) const { return GetParam().h - sceneY; }
   Outcome play(const std::string& script) {
-    Outcome r =
-        run({"--scale", "1", "--prefs-dir", (dir.path() / "prefs").string()}, header() + script);
+    const Device& d = GetParam();
+    Outcome r = run({"--scale", "1", "--prefs-dir", prefs()},
+                    "seed 5\ndevice " + d.name + " " + std::to_string(int(d.w)) + " " +
+                        std::to_string(int(d.h)) + "\nstart\n" + script);
     EXPECT_EQ(r.exitCode, 0) << r.err;
     return r;
   }
@@ -75,8 +54,6 @@ TEST_P(ScreensTest, TheHomeScreenIsDimmedWithThePlayButtonUpAndNothingElse) {
   const double side = d.name == "pad" ? d.w / 4.5 : d.w / 3;
   EXPECT_GT(at(home, d.w / 2, d.h / 2).brightness(), 230);
   EXPECT_TRUE(teal(at(home, d.w / 2 - side * 0.3, d.h / 2)));
-  // No game-over title.
-  EXPECT_EQ(count(home, 0, 0, d.w, d.h / 3, titleOrange), 0);
 }
 
 TEST_P(ScreensTest, InPlayTheRoadIsBrightTheCarsSitOnTheirLanesAndTheScoreShows) {
@@ -86,29 +63,17 @@ TEST_P(ScreensTest, InPlayTheRoadIsBrightTheCarsSitOnTheirLanesAndTheScoreShows)
   const auto& state = r.dumps[0];
   ASSERT_TRUE(state["startFlag"].get<bool>()) << state.dump();
   const kit::Image playing = screenshot("play.png");
-  const Screen s = screen();
   const Device d = GetParam();
   EXPECT_GT(dashPixels(playing), 60);  // overlay down, lines drawn
   for (const char* car : {"leftCar", "rightCar"}) {
     const double x = state[car]["x"], y = state[car]["y"], w = state[car]["w"], h = state[car]["h"];
-    const int box = int(w * h);
-    const int here =
-        count(playing, s.x(x - w / 2), s.y(y + h / 2), s.x(x + w / 2), s.y(y - h / 2), teal);
-    EXPECT_GT(here, box / 4) << car << " at x " << x;
-    // Nothing car-coloured on the car's other lane (unless it is changing).
-    const bool left = std::string(car) == "leftCar";
-    const double a = (left ? 1 : 5) * d.w / 8, b = (left ? 3 : 7) * d.w / 8;
-    if (std::abs(x - a) < 0.5 || std::abs(x - b) < 0.5) {
-      const double ox = std::abs(x - a) < 0.5 ? b : a;
-      EXPECT_LT(
-          count(playing, s.x(ox - w / 2), s.y(y + h / 2), s.x(ox + w / 2), s.y(y - h / 2), teal),
-          box / 20)
-          << car;
-    }
+    EXPECT_GT(count(playing, x - w / 2, this->y(y + h / 2), x + w / 2, this->y(y - h / 2), teal),
+              int(w * h) / 4)
+        << car << " at x " << x;
   }
   // The score's digits, black on the white backdrop at the top.
   const double font = d.name == "pad" ? 70 : 40;
-  const double sy = s.y(d.h - font * 0.8);
+  const double sy = y(d.h - font * 0.8);
   EXPECT_GT(count(playing, d.w / 2 - font, sy - font / 2, d.w / 2 + font, sy + font / 2, dark),
             font * 2)
       << "score " << state["labels"]["score"];
@@ -158,11 +123,10 @@ TEST_P(ScreensTest, TheGameOverScreenShowsTheScoreAndTheNewRecordInRealGlyphs) {
   ASSERT_EQ(state["labels"]["overBest"], "新记录");
   const kit::Image over = screenshot("over.png");
   const Device d = GetParam();
-  const Screen s = screen();
   EXPECT_EQ(dashPixels(over), 0);  // dimmed again
   // The title at the top.
   const double titleH = 0.65 * d.w / 4.5;
-  EXPECT_GT(count(over, 0, s.y(d.h - titleH), d.w, s.y(d.h - 2 * titleH), titleOrange),
+  EXPECT_GT(count(over, 0, y(d.h - titleH), d.w, y(d.h - 2 * titleH), titleOrange),
             int(titleH * d.w * 0.05));
   // Score and best lines, by the layer's geometry.
   const bool pad = d.name == "pad";
@@ -171,18 +135,18 @@ TEST_P(ScreensTest, TheGameOverScreenShowsTheScoreAndTheNewRecordInRealGlyphs) {
   const double scoreSize = pad ? 60 : 35, bestSize = pad ? 40 : 20;
   const double scoreY = againY + side * (!pad && d.h > 500 ? 1.6 : 1.4);
   const double bestY = scoreY - scoreSize / 2 - bestSize / 2;
-  EXPECT_GT(count(over, d.w / 2 - scoreSize, s.y(scoreY) - scoreSize / 2, d.w / 2 + scoreSize,
-                  s.y(scoreY) + scoreSize / 2, labelCyan),
+  EXPECT_GT(count(over, d.w / 2 - scoreSize, y(scoreY) - scoreSize / 2, d.w / 2 + scoreSize,
+                  y(scoreY) + scoreSize / 2, labelCyan),
             int(scoreSize * 3));
   // "新记录" is drawn with the CJK font, not as boxes for missing glyphs:
   // the screen matches the text far better than three such boxes.
-  const double real = overlap(over, drawn("新记录", bestSize), d.w / 2, s.y(bestY));
+  const double real = overlap(over, drawn("新记录", bestSize), d.w / 2, y(bestY));
   const double boxes =
-      overlap(over, drawn("\U000F0001\U000F0002\U000F0003", bestSize), d.w / 2, s.y(bestY));
+      overlap(over, drawn("\U000F0001\U000F0002\U000F0003", bestSize), d.w / 2, y(bestY));
   EXPECT_GT(real, 0.6);
   EXPECT_GT(real, boxes + 0.25) << "real " << real << ", boxes " << boxes;
   // And the play-again button below.
-  EXPECT_GT(at(over, d.w / 2, s.y(againY)).brightness(), 230);
+  EXPECT_GT(at(over, d.w / 2, y(againY)).brightness(), 230);
 }
 
 INSTANTIATE_TEST_SUITE_P(Devices, ScreensTest,
