@@ -1,13 +1,9 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <filesystem>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "ads/admob_view_controller.h"
 #include "adsdk/house_ad_network.h"
@@ -18,9 +14,7 @@
 #include "kit/ui/screen.h"
 #include "kit/ui/window.h"
 
-// Records what the ad controller tells its delegate.
-class ControllerRecorder final : public AdmobViewControllerDelegate {
- public:
+struct ControllerRecorder final : AdmobViewControllerDelegate {
   void adMobVCDidReceiveInterstitialAd(AdmobViewController&) override { events.push_back("ready"); }
   void adMobVCWillCloseInterstitialAd(AdmobViewController&) override { events.push_back("will"); }
   void adMobVCDidCloseInterstitialAd(AdmobViewController&) override { events.push_back("did"); }
@@ -34,15 +28,12 @@ struct LaunchSetup {
   std::filesystem::path resources = TWINLANES_RESOURCES;
 };
 
-// One launch of the game as the ad controller sees it: fresh services on a
-// preferences folder that outlives the launches, a window whose root view
-// controller hosts the ads, the view animator, a deterministic house network
-// on the bundled ads, and a controller made for this launch.
+// One launch as the ad controller sees it: fresh services on preferences that
+// outlive the launch, a window whose root view controller hosts the ads, the
+// view animator, a deterministic house network and the launch's controller.
 struct AdsLaunch {
   AdsLaunch(const std::filesystem::path& prefs, const LaunchSetup& setup, int64_t now)
-      : platform(prefs, setup.resources),
-        animator(platform.clock),
-        previous(kit::Animator::setCurrent(&animator)) {
+      : platform(prefs, setup.resources), animator(platform.clock) {
     platform.clock.setNow(now);
     platform.device.userInterfaceIdiom = setup.idiom;
     const bool pad = setup.idiom == kit::Device::Idiom::Pad;
@@ -57,14 +48,14 @@ struct AdsLaunch {
     controller = AdmobViewController::create({platform.services(), network, mail});
   }
   ~AdsLaunch() {
-    controller.reset();
+    controller.reset();  // before the network and the animator it uses
     network.reset();
     kit::Animator::setCurrent(previous);
   }
 
   kit::HeadlessPlatform platform;
   kit::Animator animator;
-  kit::Animator* previous;
+  kit::Animator* previous = kit::Animator::setCurrent(&animator);
   kit::RecordingMailSink mail;
   std::shared_ptr<kit::Window> window;
   std::shared_ptr<kit::ViewController> root = std::make_shared<kit::ViewController>();
@@ -72,12 +63,12 @@ struct AdsLaunch {
   std::shared_ptr<AdmobViewController> controller;
 };
 
-class AdsTest : public ::testing::Test {
+class AdmobViewControllerTest : public ::testing::Test {
  protected:
   static constexpr int64_t kInstallTime = 1'700'000'000;
 
-  AdsTest() { launchAt(0); }
-  ~AdsTest() override {
+  AdmobViewControllerTest() { launchAt(0); }
+  ~AdmobViewControllerTest() override {
     launch_.reset();
     kit::Screen::main().setBounds(kit::Screen::kDefaultBounds);
     kit::Screen::main().setScale(kit::Screen::kDefaultScale);
@@ -93,39 +84,26 @@ class AdsTest : public ::testing::Test {
   kit::HeadlessPlatform& platform() { return launch_->platform; }
   HouseAdNetwork& network() { return *launch_->network; }
   const std::shared_ptr<kit::ViewController>& root() { return launch_->root; }
-  std::shared_ptr<kit::Window> window() { return launch_->window; }
 
-  // Moves time on in 60 Hz frames: the run loop, then the animations.
   void advance(double seconds) {
-    const auto frames = static_cast<int64_t>(std::llround(seconds * 60));
-    for (int64_t i = 0; i < frames; ++i) {
+    for (int64_t i = 0; i < std::llround(seconds * 60); ++i) {
       platform().clock.advance(kit::kNanosPerSecond / 60);
       platform().runLoop.runOnce();
       launch_->animator.tick();
     }
   }
 
-  // Sets the wall clock (whole seconds since the install).
-  void setTime(int64_t seconds) { platform().clock.setNow(kInstallTime + seconds); }
-  int64_t now() { return platform().clock.now(); }
-
   // Closes the interstitial on screen and waits until the next one is loaded.
   void closeInterstitialAndReload() {
-    auto shown = ads().interstitial_round;
-    ASSERT_TRUE(shown && shown->isPresented());
-    shown->close();
+    ASSERT_TRUE(ads().interstitial_round && ads().interstitial_round->isPresented());
+    ads().interstitial_round->close();
     advance(1);
   }
 
+  // A stored preference, which the controller writes as text.
   std::string pref(const std::string& key) {
-    const kit::Value* value = nullptr;
-    auto it = platform().defaults.storedValues().find(key);
-    if (it != platform().defaults.storedValues().end())
-      value = &it->second;
-    if (!value)
-      return "<absent>";
-    const std::string* text = value->ifString();
-    return text ? *text : "<not text>";
+    const kit::Value& value = platform().defaults.storedValues().at(key);
+    return value.ifString() ? *value.ifString() : "<not text>";
   }
 
   kit::TempDir prefs;

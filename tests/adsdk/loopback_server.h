@@ -2,23 +2,17 @@
 
 #include <httplib.h>
 
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <string>
 #include <thread>
 
-// An HTTP server on 127.0.0.1 in the test process. Add routes to `server`,
-// then start(). A handler that must stall calls stall(), which returns once
-// the server is stopping, so teardown never waits on it.
+// An HTTP server on 127.0.0.1 in the test process: add routes to `server`,
+// then start(). A stalling handler calls stall(), which returns on teardown.
 class LoopbackServer {
  public:
   ~LoopbackServer() {
-    {
-      std::lock_guard<std::mutex> lock(mutex_);
-      released_ = true;
-    }
-    wake_.notify_all();
+    stopping_ = true;
     server.stop();
     if (thread_.joinable())
       thread_.join();
@@ -31,13 +25,11 @@ class LoopbackServer {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
 
-  // "127.0.0.1:port"
   std::string host() const { return "127.0.0.1:" + std::to_string(port_); }
-  std::string url(const std::string& path) const { return "http://" + host() + path; }
 
   void stall() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    wake_.wait_for(lock, std::chrono::seconds(20), [this] { return released_; });
+    for (int i = 0; i < 2000 && !stopping_; ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
 
   httplib::Server server;
@@ -45,7 +37,5 @@ class LoopbackServer {
  private:
   std::thread thread_;
   int port_ = 0;
-  std::mutex mutex_;
-  std::condition_variable wake_;
-  bool released_ = false;
+  std::atomic<bool> stopping_ = false;
 };
