@@ -34,7 +34,15 @@ namespace {
 // by name (tests, screenshots on a server). Without a display named in the
 // environment nothing is tried: the probes of the display libraries would
 // only print their own complaints (a console can still ask for kmsdrm).
+//
+// Once started, video stays up for the life of the process: SDL 2.26's X11
+// driver cannot start a second time (after a quit, SDL silently falls back to
+// the offscreen driver), so the probe, every window and every relaunch share
+// the one start.
 bool startVideo(std::string* error) {
+  static bool started = false;
+  if (started)
+    return true;
   const char* asked = SDL_GetHint(SDL_HINT_VIDEODRIVER);
   if ((!asked || !*asked) && !std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY")) {
     if (error)
@@ -55,6 +63,7 @@ bool startVideo(std::string* error) {
       *error = "no X11 or Wayland display answered";
     return false;
   }
+  started = true;
   return true;
 }
 
@@ -62,10 +71,7 @@ bool startVideo(std::string* error) {
 
 bool RenderWindow::displayAvailable(std::string* error) {
   applyVideoHints("");
-  if (!startVideo(error))
-    return false;
-  SDL_QuitSubSystem(SDL_INIT_VIDEO);
-  return true;
+  return startVideo(error);
 }
 
 std::unique_ptr<RenderWindow> RenderWindow::open(const WindowOptions& options, std::string* error) {
@@ -122,7 +128,6 @@ RenderWindow::~RenderWindow() {
     SDL_DestroyRenderer(renderer_);
   if (window_)
     SDL_DestroyWindow(window_);
-  SDL_QuitSubSystem(SDL_INIT_VIDEO);
 }
 
 uint32_t RenderWindow::windowId() const {

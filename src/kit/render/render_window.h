@@ -31,8 +31,9 @@ class RenderWindow {
   // The outer margin kept free around a window opened to fit the desktop.
   static constexpr double kDesktopMargin = 48;
 
-  // Whether a window could be opened at all (SDL's video starts), with
-  // SDL's reason when not. Cheap enough to ask before anything else.
+  // Whether a window could be opened at all (SDL's video starts, and stays
+  // started for the process), with SDL's reason when not. Cheap enough to ask
+  // before anything else.
   static bool displayAvailable(std::string* error);
 
   // Opens the window, or returns nullptr and a one-line reason in `error`
