@@ -39,3 +39,29 @@ function(twinlanes_bench)
   target_compile_definitions(${B_NAME} PRIVATE TWINLANES_RESOURCES="${TWINLANES_RESOURCES}")
 endfunction()
 
+
+# twinlanes_fuzz(NAME <target> SECONDS <n> LABEL <label> SOURCES ... LIBS ...
+#                [SEEDS dir] [ARGS extra libFuzzer flags...])
+# Builds a libFuzzer target (the sources under test go into SOURCES so the
+# fuzzer sees their coverage) and registers one bounded run from the committed
+# seeds; new inputs stay in the build tree.
+function(twinlanes_fuzz)
+  cmake_parse_arguments(F "" "NAME;SECONDS;LABEL;SEEDS" "SOURCES;LIBS;ARGS" ${ARGN})
+  add_executable(${F_NAME} ${F_SOURCES})
+  target_include_directories(${F_NAME} PRIVATE ${CMAKE_SOURCE_DIR}/src)
+  target_link_libraries(${F_NAME} PRIVATE ${F_LIBS})
+  target_compile_options(${F_NAME} PRIVATE -fsanitize=fuzzer)
+  target_link_options(${F_NAME} PRIVATE -fsanitize=fuzzer)
+  if(NOT TWINLANES_TESTS)
+    return()
+  endif()
+  set(corpus ${CMAKE_CURRENT_BINARY_DIR}/corpus)
+  file(MAKE_DIRECTORY ${corpus})
+  add_test(NAME ${F_NAME}
+    COMMAND ${F_NAME} -max_total_time=${F_SECONDS} -timeout=25 -rss_limit_mb=2560
+            -artifact_prefix=${CMAKE_CURRENT_BINARY_DIR}/ ${F_ARGS} ${corpus} ${F_SEEDS}
+    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
+  math(EXPR limit "${F_SECONDS} + 120")
+  set_tests_properties(${F_NAME} PROPERTIES
+    LABELS ${F_LABEL} TIMEOUT ${limit} ENVIRONMENT "${TWINLANES_TEST_ENV}")
+endfunction()

@@ -80,15 +80,20 @@ AdmobViewController::AdmobViewController(Token, Environment environment)
     : environment_(std::move(environment)) {}
 
 AdmobViewController::~AdmobViewController() {
+  clearAdDelegates();
+  adBanner.reset();
+  interstitial_timer.reset();
+  interstitial_round.reset();
+}
+
+// After this no ad callback reaches the controller.
+void AdmobViewController::clearAdDelegates() {
   if (adBanner)
     adBanner->setDelegate({});
   if (interstitial_timer)
     interstitial_timer->setDelegate({});
   if (interstitial_round)
     interstitial_round->setDelegate({});
-  adBanner.reset();
-  interstitial_timer.reset();
-  interstitial_round.reset();
 }
 
 std::weak_ptr<AdmobViewController> AdmobViewController::weakSelf() {
@@ -226,12 +231,7 @@ void AdmobViewController::remove_banner(const std::shared_ptr<kit::View>& view) 
 
 void AdmobViewController::remove_all_ads(const std::shared_ptr<kit::View>& view) {
   remove_banner(view);
-  if (adBanner)
-    adBanner->setDelegate({});
-  if (interstitial_timer)
-    interstitial_timer->setDelegate({});
-  if (interstitial_round)
-    interstitial_round->setDelegate({});
+  clearAdDelegates();
 }
 
 void AdmobViewController::removeAds(const std::shared_ptr<kit::View>&) {}

@@ -196,6 +196,7 @@ class AdmobViewController final : public kit::ViewController,
 
  private:
   void init();
+  void clearAdDelegates();
   std::weak_ptr<AdmobViewController> weakSelf();
   // A new banner view of width × height in adBanner, asking for its ad.
   void makeBanner(float width, float height);

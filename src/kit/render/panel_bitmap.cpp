@@ -83,6 +83,20 @@ void unpremultiply(const uint8_t* argb, int width, int height, int stride, uint8
   }
 }
 
+namespace {
+
+// Ends drawing into `surface` and copies it, straight alpha, into `out`.
+void finish(cairo_t* cr, cairo_surface_t* surface, PanelBitmap& out) {
+  cairo_destroy(cr);
+  cairo_surface_flush(surface);
+  out.rgba.resize(static_cast<size_t>(out.width) * out.height * 4);
+  unpremultiply(cairo_image_surface_get_data(surface), out.width, out.height,
+                cairo_image_surface_get_stride(surface), out.rgba.data());
+  cairo_surface_destroy(surface);
+}
+
+}  // namespace
+
 PanelBitmap rasterizePanel(const PanelStyle& style, double scale) {
   PanelBitmap out;
   if (!(scale > 0) || !std::isfinite(scale))
@@ -143,12 +157,7 @@ PanelBitmap rasterizePanel(const PanelStyle& style, double scale) {
     cairo_set_source_rgba(cr, style.fill.red, style.fill.green, style.fill.blue, style.fill.alpha);
     cairo_fill(cr);
   }
-  cairo_destroy(cr);
-  cairo_surface_flush(surface);
-  out.rgba.resize(static_cast<size_t>(out.width) * out.height * 4);
-  unpremultiply(cairo_image_surface_get_data(surface), out.width, out.height,
-                cairo_image_surface_get_stride(surface), out.rgba.data());
-  cairo_surface_destroy(surface);
+  finish(cr, surface, out);
   return out;
 }
 
@@ -175,12 +184,7 @@ PanelBitmap rasterizeSpinner(double side, double scale, Color color, int spokes)
     cairo_stroke(cr);
     cairo_restore(cr);
   }
-  cairo_destroy(cr);
-  cairo_surface_flush(surface);
-  out.rgba.resize(static_cast<size_t>(out.width) * out.height * 4);
-  unpremultiply(cairo_image_surface_get_data(surface), out.width, out.height,
-                cairo_image_surface_get_stride(surface), out.rgba.data());
-  cairo_surface_destroy(surface);
+  finish(cr, surface, out);
   return out;
 }
 
