@@ -24,6 +24,7 @@
 #include "app/scenario_runner.h"
 #include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
+#include "names/preference_keys.h"
 
 namespace {
 
@@ -75,11 +76,11 @@ void BM_AutoplayThousandRuns(benchmark::State& state) {
     const double wallStart = wallSeconds(), cpuStart = threadCpuSeconds();
     while (runs < kRuns) {
       game.runner.runFrames(1);
-      if (scene.overFlag && !wasOver) {
+      if (scene.overFlag() && !wasOver) {
         ++runs;
-        scoreSum += scene._score;
+        scoreSum += scene.score();
       }
-      wasOver = scene.overFlag;
+      wasOver = scene.overFlag();
     }
     const double wall = wallSeconds() - wallStart, cpu = threadCpuSeconds() - cpuStart;
     const auto frames = static_cast<double>(game.runner.frame());
@@ -93,7 +94,8 @@ void BM_AutoplayThousandRuns(benchmark::State& state) {
     state.counters["frame_us"] = wall / frames * 1e6;
     state.counters["idle_ratio"] = wall / frames / idle;
     state.counters["mean_score"] = static_cast<double>(scoreSum) / runs;
-    state.counters["best"] = static_cast<double>(game.platform.defaults.integerForKey("best"));
+    state.counters["best"] =
+        static_cast<double>(game.platform.defaults.integerForKey(prefkey::kBest));
   }
 }
 

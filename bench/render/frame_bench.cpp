@@ -70,7 +70,7 @@ void BM_PlayFrame(benchmark::State& state) {
     return state.SkipWithError(game.message.c_str());
   game.app->setAutoplay(true);
   game.frames(240);  // a few seconds into the first run: obstacles on the roads
-  if (!game.app->scene()->startFlag)
+  if (!game.app->scene()->startFlag())
     return state.SkipWithError("the run ended early");
   const uint64_t before = game.app->application().renderer()->stats().rasterizations;
   for (auto _ : state)

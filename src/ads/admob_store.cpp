@@ -6,6 +6,8 @@
 #include "ads/admob_view_controller.h"
 #include "kit/foundation/json.h"
 #include "kit/ui/alert_view.h"
+#include "names/preference_keys.h"
+#include "names/store_link.h"
 
 namespace {
 
@@ -58,18 +60,20 @@ int AdmobViewController::getKeyTimes(const std::string& key, long def) {
 
 void AdmobViewController::InitVar() {
   const auto now = static_cast<long>(environment_.services.clock.now());
-  firstOpenTime = getKeyTimes("first-down-load", 0);
+  firstOpenTime = getKeyTimes(prefkey::kFirstDownload, 0);
   if (firstOpenTime == 0) {
-    setKeyTimes("first-down-load", now);
+    setKeyTimes(prefkey::kFirstDownload, now);
     firstOpenTime = now;
   }
   // 32-bit arithmetic, wrapping rather than overflowing.
-  openTimes = static_cast<int32_t>(static_cast<uint32_t>(getKeyTimes("app-open-times", 0)) + 1u);
-  setKeyTimes("app-open-times", static_cast<long>(openTimes));
+  openTimes =
+      static_cast<int32_t>(static_cast<uint32_t>(getKeyTimes(prefkey::kAppOpenTimes, 0)) + 1u);
+  setKeyTimes(prefkey::kAppOpenTimes, static_cast<long>(openTimes));
 
   const kit::Bundle& bundle = environment_.services.bundle;
-  banner_id = getStrKey("banner-id", bundle.infoValue("bannerAdUnitId").stringValue().value_or(""));
-  interstitial_id = getStrKey("interstitial-id",
+  banner_id =
+      getStrKey(prefkey::kBannerId, bundle.infoValue("bannerAdUnitId").stringValue().value_or(""));
+  interstitial_id = getStrKey(prefkey::kInterstitialId,
                               bundle.infoValue("interstitialAdUnitId").stringValue().value_or(""));
   bInApp = false;
 }
@@ -112,7 +116,7 @@ void AdmobViewController::openAppWithId(const std::string& identifier,
     return;
   }
   const std::string host = services.bundle.infoValue("storeHost").stringValue().value_or("");
-  services.urlOpener.openURL("itms-apps://" + host + "/us/app/id" + identifier + "?mt=8");
+  services.urlOpener.openURL(storelink::regionalAppPage(host, identifier));
 }
 
 void AdmobViewController::productViewControllerDidFinish(kit::ViewController& viewController) {

@@ -12,7 +12,7 @@
 
 // Hosts the game for the scenario runner the way the game runs for a
 // player: AppDelegate, the interface layout's window and ViewController (so
-// viewDidLoad, the notifications and "cnt" are the real ones), with a window
+// viewDidLoad, the notifications and the game-over count are the real ones), with a window
 // that shows every frame, or with no window at all. The services and the host
 // services are borrowed and must outlive it.
 class AppScenarioHost final : public ScenarioHost {

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
@@ -75,6 +76,25 @@ std::filesystem::path findResources() {
       return dir;
   }
   return TWINLANES_RESOURCES_DIR;
+}
+
+// The keys and the scenario commands, listed from the runner's own table.
+std::string helpFooter() {
+  std::string footer =
+      "Keys: Left/A and Right/D/L steer the left and right car, Space/Enter press play,\n"
+      "F11 or Alt+Enter toggle fullscreen, Escape quits. Mouse, touch screen and game\n"
+      "controller (d-pad or shoulders to steer, A to play) work too.\n"
+      "\n"
+      "Scenario commands, one per line (# starts a comment):\n";
+  for (const ScenarioRunner::Command& command : ScenarioRunner::commands()) {
+    std::string usage(command.usage);
+    usage.resize(std::max<std::size_t>(usage.size() + 2, 32), ' ');
+    footer += "  " + usage + std::string(command.meaning) + "\n";
+  }
+  footer +=
+      "Example: echo -e 'start\\ntapbutton play\\nwait 3\\ndump' | twinlanes --headless --script "
+      "-";
+  return footer;
 }
 
 void sayNoDisplay(const std::string& why) {
@@ -247,18 +267,7 @@ int twinlanesMain(int argc, char** argv) {
                                                    code;
           },
           "CODE"));
-  app.footer(
-      "Keys: Left/A and Right/D/L steer the left and right car, Space/Enter press play,\n"
-      "F11 or Alt+Enter toggle fullscreen, Escape quits. Mouse, touch screen and game\n"
-      "controller (d-pad or shoulders to steer, A to play) work too.\n"
-      "\n"
-      "Scenario commands, one per line (# starts a comment):\n"
-      "  seed N | device phone|pad W H | start | frames N | wait SECONDS\n"
-      "  tap X Y [X Y ...] | tapbutton play|helpplay|again | autoplay on|off\n"
-      "  dump | pref KEY | screenshot FILE.png | adnet fill|fail|slow SECONDS | closead\n"
-      "  now SECONDS | relaunch | mail available|unavailable | tapalert INDEX\n"
-      "Example: echo -e 'start\\ntapbutton play\\nwait 3\\ndump' | twinlanes --headless --script "
-      "-");
+  app.footer(helpFooter());
   CLI11_PARSE(app, argc, argv);
 
   if (!flags.script.empty()) {

@@ -49,11 +49,11 @@ std::optional<kit::Point> GameApplication::primaryButton() const {
   if (!s)
     return std::nullopt;
   // The same screens the scene's touch routing answers on.
-  if (!s->startFlag && !s->overFlag && s->homeLayer->alpha() == 1.0 && s->playBtn) {
-    return Autoplayer::centreInScene(*s->playBtn);
+  if (!s->startFlag() && !s->overFlag() && s->homeLayer().alpha() == 1.0) {
+    return Autoplayer::centreInScene(s->playBtn());
   }
-  if (s->overFlag && !s->homeFlag && s->overLayer->alpha() == 1.0 && s->againBtn) {
-    return Autoplayer::centreInScene(*s->againBtn);
+  if (s->overFlag() && !s->homeFlag() && s->overLayer().alpha() == 1.0) {
+    return Autoplayer::centreInScene(s->againBtn());
   }
   return std::nullopt;
 }

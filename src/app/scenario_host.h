@@ -23,8 +23,7 @@ class ScenarioHost {
  public:
   virtual ~ScenarioHost() = default;
 
-  // Registers the default preferences ("best" 0, "first" YES, "sound" YES,
-  // "cnt" 0), writes "first" YES and "cnt" 0 and synchronises, then creates
+  // Registers the launch defaults (registerLaunchDefaults), then creates
   // the game scene with `viewSize` (rand() seeded with `seed` when given, else
   // with the time) and presents it. Called once.
   virtual void start(kit::Size viewSize, std::optional<unsigned> seed) = 0;

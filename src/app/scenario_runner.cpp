@@ -13,6 +13,8 @@
 #include "kit/ui/alert_view.h"
 #include "kit/ui/label.h"
 #include "kit/ui/window.h"
+#include "names/notification_names.h"
+#include "names/preference_keys.h"
 
 namespace {
 
@@ -58,9 +60,10 @@ double real(std::string_view word, const char* what) {
   return value;
 }
 
-void expectCount(const std::vector<std::string_view>& w, std::size_t count, const char* usage) {
+void expectCount(const std::vector<std::string_view>& w, std::size_t count,
+                 std::string_view usage) {
   if (w.size() != count)
-    throw ScriptError(std::string("usage: ") + usage);
+    throw ScriptError("usage: " + std::string(usage));
 }
 
 }  // namespace
@@ -84,98 +87,169 @@ int ScenarioRunner::run(std::istream& script, const std::string& scriptName, std
   return 0;
 }
 
+std::span<const ScenarioRunner::Command> ScenarioRunner::commands() {
+  static constexpr Command kCommands[] = {
+      {"seed N", "before start: seed the random numbers (default: the time)",
+       &ScenarioRunner::commandSeed},
+      {"device phone|pad W H", "before start: idiom and view size (default: phone 320 568)",
+       &ScenarioRunner::commandDevice},
+      {"start", "launch the host: defaults registered, scene presented",
+       &ScenarioRunner::commandStart},
+      {"frames N", "advance N whole frames", &ScenarioRunner::commandFrames},
+      {"wait SECONDS", "advance round(SECONDS x 60) whole frames", &ScenarioRunner::commandWait},
+      {"tap X Y [X Y ...]", "one touch event with these touches, in scene points",
+       &ScenarioRunner::commandTap},
+      {"tapbutton play|helpplay|again", "a tap at the centre of that button",
+       &ScenarioRunner::commandTapButton},
+      {"autoplay on|off", "the built-in player taps, frame by frame",
+       &ScenarioRunner::commandAutoplay},
+      {"dump", "the game's state as one line of JSON", &ScenarioRunner::commandDump},
+      {"pref KEY", "one preference as JSON (null when absent)", &ScenarioRunner::commandPref},
+      {"now SECONDS", "set the wall clock (seconds since 1970)", &ScenarioRunner::commandNow},
+      {"relaunch", "quit and launch again on the same preferences",
+       &ScenarioRunner::commandRelaunch},
+      {"mail available|unavailable", "whether the desktop can send mail",
+       &ScenarioRunner::commandMail},
+      {"tapalert INDEX", "press the button INDEX of the alert on screen",
+       &ScenarioRunner::commandTapAlert},
+      {"adnet fill|fail|slow SECONDS", "how the house ad network answers the next requests",
+       &ScenarioRunner::commandAdnet},
+      {"closead", "close the interstitial on screen", &ScenarioRunner::commandCloseAd},
+      {"screenshot FILE.png", "save what the window shows (with a window only)",
+       &ScenarioRunner::commandScreenshot},
+  };
+  return kCommands;
+}
+
 void ScenarioRunner::execute(std::string_view line) {
   const auto w = words(line);
   if (w.empty())
     return;
   const std::string_view command = w[0];
-
-  if (command == "seed") {
-    expectCount(w, 2, "seed N");
-    setSeed(static_cast<unsigned>(integer(w[1], 0, 4294967295LL, "the seed")));
-  } else if (command == "device") {
-    expectCount(w, 4, "device phone|pad W H");
-    if (w[1] != "phone" && w[1] != "pad") {
-      throw ScriptError("the device is phone or pad, not " + quoted(w[1]));
+  for (const Command& entry : commands()) {
+    if (entry.name() == command) {
+      (this->*entry.run)(w, entry.usage);
+      return;
     }
-    const double width = real(w[2], "the width"), height = real(w[3], "the height");
-    if (width <= 0 || height <= 0)
-      throw ScriptError("the view size must be positive");
-    setDevice(w[1] == "pad" ? kit::Device::Idiom::Pad : kit::Device::Idiom::Phone, {width, height});
-  } else if (command == "start") {
-    expectCount(w, 1, "start");
-    start();
-  } else if (command == "frames") {
-    expectCount(w, 2, "frames N");
-    runFrames(integer(w[1], 0, kMaxFramesPerCommand, "the frame count"));
-  } else if (command == "wait") {
-    expectCount(w, 2, "wait SECONDS");
-    const double seconds = real(w[1], "the wait");
-    const double count = std::round(seconds * 60);
-    if (count < 0 || count > static_cast<double>(kMaxFramesPerCommand)) {
-      throw ScriptError("the wait must be from 0 to " + std::to_string(kMaxFramesPerCommand / 60) +
-                        " seconds");
-    }
-    runFrames(static_cast<int64_t>(count));
-  } else if (command == "tap") {
-    if (w.size() < 3 || w.size() % 2 == 0)
-      throw ScriptError("usage: tap X Y [X Y ...]");
-    std::vector<kit::Point> touches;
-    for (std::size_t i = 1; i < w.size(); i += 2) {
-      touches.push_back({real(w[i], "x"), real(w[i + 1], "y")});
-    }
-    tap(std::move(touches));
-  } else if (command == "tapbutton") {
-    expectCount(w, 2, "tapbutton play|helpplay|again");
-    tapButton(w[1]);
-  } else if (command == "autoplay") {
-    expectCount(w, 2, "autoplay on|off");
-    if (w[1] != "on" && w[1] != "off")
-      throw ScriptError("usage: autoplay on|off");
-    setAutoplay(w[1] == "on");
-  } else if (command == "dump") {
-    expectCount(w, 1, "dump");
-    out_ << kit::toJson(dump()) << std::endl;
-  } else if (command == "screenshot") {
-    expectCount(w, 2, "screenshot FILE.png");
-    startedScene("screenshot");
-    std::string error;
-    if (!host_->screenshot(std::string(w[1]), &error))
-      throw ScriptError(error);
-  } else if (command == "adnet") {
-    if (w.size() < 2 || (w[1] == "slow") != (w.size() == 3) ||
-        (w[1] != "fill" && w[1] != "fail" && w[1] != "slow"))
-      throw ScriptError("usage: adnet fill|fail|slow SECONDS");
-    const double seconds = w[1] == "slow" ? real(w[2], "the delay") : 0;
-    if (seconds < 0)
-      throw ScriptError("the delay must not be negative");
-    attachedAds("adnet").network()->setAnswer(w[1] == "fill"   ? HouseAdNetwork::Answer::Fill
-                                              : w[1] == "fail" ? HouseAdNetwork::Answer::Fail
-                                                               : HouseAdNetwork::Answer::Slow,
-                                              seconds);
-  } else if (command == "closead") {
-    expectCount(w, 1, "closead");
-    if (!attachedAds("closead").closeInterstitial())
-      throw ScriptError("no interstitial is on screen");
-  } else if (command == "now") {
-    expectCount(w, 2, "now SECONDS");
-    setNow(integer(w[1], 0, kLatestTime, "the time"));
-  } else if (command == "relaunch") {
-    expectCount(w, 1, "relaunch");
-    relaunch();
-  } else if (command == "mail") {
-    if (w.size() != 2 || (w[1] != "available" && w[1] != "unavailable"))
-      throw ScriptError("usage: mail available|unavailable");
-    setMailAvailable(w[1] == "available");
-  } else if (command == "tapalert") {
-    expectCount(w, 2, "tapalert INDEX");
-    tapAlert(static_cast<int>(integer(w[1], 0, 1000, "the button index")));
-  } else if (command == "pref") {
-    expectCount(w, 2, "pref KEY");
-    out_ << kit::toJson(pref(std::string(w[1]))) << std::endl;
-  } else {
-    throw ScriptError("unknown command " + quoted(command));
   }
+  throw ScriptError("unknown command " + quoted(command));
+}
+
+void ScenarioRunner::commandSeed(const Words& w, std::string_view usage) {
+  expectCount(w, 2, usage);
+  setSeed(static_cast<unsigned>(integer(w[1], 0, 4294967295LL, "the seed")));
+}
+
+void ScenarioRunner::commandDevice(const Words& w, std::string_view usage) {
+  expectCount(w, 4, usage);
+  if (w[1] != "phone" && w[1] != "pad") {
+    throw ScriptError("the device is phone or pad, not " + quoted(w[1]));
+  }
+  const double width = real(w[2], "the width"), height = real(w[3], "the height");
+  if (width <= 0 || height <= 0)
+    throw ScriptError("the view size must be positive");
+  setDevice(w[1] == "pad" ? kit::Device::Idiom::Pad : kit::Device::Idiom::Phone, {width, height});
+}
+
+void ScenarioRunner::commandStart(const Words& w, std::string_view usage) {
+  expectCount(w, 1, usage);
+  start();
+}
+
+void ScenarioRunner::commandFrames(const Words& w, std::string_view usage) {
+  expectCount(w, 2, usage);
+  runFrames(integer(w[1], 0, kMaxFramesPerCommand, "the frame count"));
+}
+
+void ScenarioRunner::commandWait(const Words& w, std::string_view usage) {
+  expectCount(w, 2, usage);
+  const double seconds = real(w[1], "the wait");
+  const double count = std::round(seconds * 60);
+  if (count < 0 || count > static_cast<double>(kMaxFramesPerCommand)) {
+    throw ScriptError("the wait must be from 0 to " + std::to_string(kMaxFramesPerCommand / 60) +
+                      " seconds");
+  }
+  runFrames(static_cast<int64_t>(count));
+}
+
+void ScenarioRunner::commandTap(const Words& w, std::string_view usage) {
+  if (w.size() < 3 || w.size() % 2 == 0)
+    throw ScriptError("usage: " + std::string(usage));
+  std::vector<kit::Point> touches;
+  for (std::size_t i = 1; i < w.size(); i += 2) {
+    touches.push_back({real(w[i], "x"), real(w[i + 1], "y")});
+  }
+  tap(std::move(touches));
+}
+
+void ScenarioRunner::commandTapButton(const Words& w, std::string_view usage) {
+  expectCount(w, 2, usage);
+  tapButton(w[1]);
+}
+
+void ScenarioRunner::commandAutoplay(const Words& w, std::string_view usage) {
+  expectCount(w, 2, usage);
+  if (w[1] != "on" && w[1] != "off")
+    throw ScriptError("usage: " + std::string(usage));
+  setAutoplay(w[1] == "on");
+}
+
+void ScenarioRunner::commandDump(const Words& w, std::string_view usage) {
+  expectCount(w, 1, usage);
+  out_ << kit::toJson(dump()) << std::endl;
+}
+
+void ScenarioRunner::commandPref(const Words& w, std::string_view usage) {
+  expectCount(w, 2, usage);
+  out_ << kit::toJson(pref(std::string(w[1]))) << std::endl;
+}
+
+void ScenarioRunner::commandScreenshot(const Words& w, std::string_view usage) {
+  expectCount(w, 2, usage);
+  startedScene("screenshot");
+  std::string error;
+  if (!host_->screenshot(std::string(w[1]), &error))
+    throw ScriptError(error);
+}
+
+void ScenarioRunner::commandAdnet(const Words& w, std::string_view usage) {
+  if (w.size() < 2 || (w[1] == "slow") != (w.size() == 3) ||
+      (w[1] != "fill" && w[1] != "fail" && w[1] != "slow"))
+    throw ScriptError("usage: " + std::string(usage));
+  const double seconds = w[1] == "slow" ? real(w[2], "the delay") : 0;
+  if (seconds < 0)
+    throw ScriptError("the delay must not be negative");
+  attachedAds("adnet").network()->setAnswer(w[1] == "fill"   ? HouseAdNetwork::Answer::Fill
+                                            : w[1] == "fail" ? HouseAdNetwork::Answer::Fail
+                                                             : HouseAdNetwork::Answer::Slow,
+                                            seconds);
+}
+
+void ScenarioRunner::commandCloseAd(const Words& w, std::string_view usage) {
+  expectCount(w, 1, usage);
+  if (!attachedAds("closead").closeInterstitial())
+    throw ScriptError("no interstitial is on screen");
+}
+
+void ScenarioRunner::commandNow(const Words& w, std::string_view usage) {
+  expectCount(w, 2, usage);
+  setNow(integer(w[1], 0, kLatestTime, "the time"));
+}
+
+void ScenarioRunner::commandRelaunch(const Words& w, std::string_view usage) {
+  expectCount(w, 1, usage);
+  relaunch();
+}
+
+void ScenarioRunner::commandMail(const Words& w, std::string_view usage) {
+  if (w.size() != 2 || (w[1] != "available" && w[1] != "unavailable"))
+    throw ScriptError("usage: " + std::string(usage));
+  setMailAvailable(w[1] == "available");
+}
+
+void ScenarioRunner::commandTapAlert(const Words& w, std::string_view usage) {
+  expectCount(w, 2, usage);
+  tapAlert(static_cast<int>(integer(w[1], 0, 1000, "the button index")));
 }
 
 void ScenarioRunner::setSeed(unsigned seed) {
@@ -283,13 +357,13 @@ void ScenarioRunner::tap(std::vector<kit::Point> touches) {
 
 void ScenarioRunner::tapButton(std::string_view name) {
   GameScene& game = startedScene("tapbutton");
-  std::shared_ptr<kit::SpriteNode> button;
+  const kit::SpriteNode* button = nullptr;
   if (name == "play") {
-    button = game.playBtn;
+    button = &game.playBtn();
   } else if (name == "helpplay") {
-    button = game.helpPlayBtn;
+    button = &game.helpPlayBtn();
   } else if (name == "again") {
-    button = game.againBtn;
+    button = &game.againBtn();
   } else {
     throw ScriptError("the buttons are play, helpplay and again, not " + quoted(name));
   }
@@ -302,9 +376,12 @@ kit::Value ScenarioRunner::dump() {
     state[key] = value;
   state["frame"] = static_cast<long long>(frame_);
   state["seed"] = static_cast<long long>(usedSeed_);
-  state["notifications"] = kit::Value::Dictionary{
-      {"showad", static_cast<long long>(platform_->notifications.postCount("showad"))},
-      {"soundchange", static_cast<long long>(platform_->notifications.postCount("soundchange"))}};
+  auto postCount = [this](const char* name) {
+    return static_cast<long long>(platform_->notifications.postCount(name));
+  };
+  state["notifications"] =
+      kit::Value::Dictionary{{notification::kShowAd, postCount(notification::kShowAd)},
+                             {notification::kSoundChange, postCount(notification::kSoundChange)}};
   kit::Value::Array log;
   for (auto& line : carriedLog_)
     log.emplace_back(std::move(line));
@@ -368,7 +445,7 @@ void ScenarioRunner::describeRating(kit::Value::Dictionary& state) const {
   state["mails"] = std::move(mails);
 
   const std::optional<kit::Value::Array> languages =
-      platform_->defaults.arrayForKey("AppleLanguages");
+      platform_->defaults.arrayForKey(prefkey::kLanguages);
   state["language"] = languages && !languages->empty() ? languages->front() : kit::Value();
 }
 

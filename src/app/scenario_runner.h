@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -30,35 +31,12 @@ class ScriptError : public std::runtime_error {
 // mode, the scenario tests and the benchmark all go through it. The platform,
 // the host and the output stream are borrowed and must outlive the runner.
 //
-// Commands, one per line; '#' starts a comment, blank lines are skipped:
-//   seed N                    before start: seed rand() with N (default: the time)
-//   device phone|pad W H      before start: idiom and view size (default phone 320 568)
-//   start                     bring the game up as the host view controller does
-//   frames N                  run N frames
-//   wait SECONDS              run round(SECONDS × 60) frames
-//   tap X Y [X Y ...]         one touch-began event with these touches (scene
-//                             points), delivered at the next frame
-//   tapbutton play|helpplay|again   a tap at the centre of that button
-//   autoplay on|off           let the built-in player tap, frame by frame
-//   dump                      print the state as one line of JSON (with a window:
-//                             "window" and the "views" above the scene too)
-//   pref KEY                  print that preference as JSON (null when absent)
-//   screenshot FILE.png       save what the window shows now (needs a window)
-//   adnet fill|fail|slow SECONDS   how the house ad network answers the next
-//                             ad requests (with ads attached)
-//   closead                   close the interstitial on screen (with ads attached)
-//   now SECONDS               set the wall clock (seconds since 1970); it goes on
-//                             with the frames
-//   relaunch                  quit the game (preferences written) and launch it
-//                             again on the same preferences, as a new process
-//                             would (with a relauncher)
-//   mail available|unavailable   whether the desktop can send mail (with ads
-//                             attached: the rating service's mail goes there)
-//   tapalert INDEX            tap the button INDEX of the alert on screen
-// Dumps also tell "alert" (null, or its title, message, buttons and tag),
-// "toasts" (the texts of the toasts on the game's view), "mails" (each
-// composed mail: to, subject, body, html) and "language" (the first
-// preferred language).
+// Commands, one per line ('#' starts a comment, blank lines are skipped), are
+// listed in commands(): that one table drives the runner, its --help and the
+// README's table. Dumps also tell "alert" (null, or its title, message,
+// buttons and tag), "toasts" (the texts of the toasts on the game's view),
+// "mails" (each composed mail: to, subject, body, html) and "language" (the
+// first preferred language).
 class ScenarioRunner {
  public:
   // What one launch of the game is made of.
@@ -71,6 +49,19 @@ class ScenarioRunner {
   using Relauncher = std::function<Launch()>;
 
   ScenarioRunner(kit::HeadlessPlatform& platform, ScenarioHost& host, std::ostream& out);
+
+  // The words of one script line, the command first.
+  using Words = std::vector<std::string_view>;
+  // One script command: its usage (the name first), what it does, and the
+  // member that runs it, given the line's words and the usage.
+  struct Command {
+    std::string_view usage;
+    std::string_view meaning;
+    void (ScenarioRunner::*run)(const Words& w, std::string_view usage);
+    std::string_view name() const { return usage.substr(0, usage.find(' ')); }
+  };
+  // Every command, in the order the help and the README list them.
+  static std::span<const Command> commands();
 
   // Runs every line of `script`. Returns 0, or 2 after writing
   // "<scriptName>:<line>: <reason>" to `err` for the first line that cannot
@@ -119,6 +110,25 @@ class ScenarioRunner {
   static constexpr int64_t kLatestTime = 253'402'300'799;
 
  private:
+  // The commands' handlers, each checking its words before acting.
+  void commandSeed(const Words& w, std::string_view usage);
+  void commandDevice(const Words& w, std::string_view usage);
+  void commandStart(const Words& w, std::string_view usage);
+  void commandFrames(const Words& w, std::string_view usage);
+  void commandWait(const Words& w, std::string_view usage);
+  void commandTap(const Words& w, std::string_view usage);
+  void commandTapButton(const Words& w, std::string_view usage);
+  void commandAutoplay(const Words& w, std::string_view usage);
+  void commandDump(const Words& w, std::string_view usage);
+  void commandPref(const Words& w, std::string_view usage);
+  void commandScreenshot(const Words& w, std::string_view usage);
+  void commandAdnet(const Words& w, std::string_view usage);
+  void commandCloseAd(const Words& w, std::string_view usage);
+  void commandNow(const Words& w, std::string_view usage);
+  void commandRelaunch(const Words& w, std::string_view usage);
+  void commandMail(const Words& w, std::string_view usage);
+  void commandTapAlert(const Words& w, std::string_view usage);
+
   GameScene& startedScene(std::string_view command) const;
   GameAds& attachedAds(std::string_view command) const;
   // The rating service's part of a dump: alert, toasts, mails, language.

@@ -15,10 +15,14 @@ Value describeCar(const Car& car) {
 }
 
 Value describeObstacle(const Obstacle& obstacle) {
-  return Value::Dictionary{{"type", obstacle.type()},    {"cr", obstacle.cr()},
-                           {"x", obstacle.position().x}, {"y", obstacle.position().y},
-                           {"w", obstacle.size().width}, {"h", obstacle.size().height},
-                           {"alpha", obstacle.alpha()},  {"moving", obstacle.hasActions()}};
+  return Value::Dictionary{{"type", static_cast<int>(obstacle.type())},
+                           {"cr", obstacle.cr()},
+                           {"x", obstacle.position().x},
+                           {"y", obstacle.position().y},
+                           {"w", obstacle.size().width},
+                           {"h", obstacle.size().height},
+                           {"alpha", obstacle.alpha()},
+                           {"moving", obstacle.hasActions()}};
 }
 
 // Index into allObstacle, null for none, "collected" for a spawn that has
@@ -26,11 +30,20 @@ Value describeObstacle(const Obstacle& obstacle) {
 Value describeLastnode(const GameScene& scene, const std::shared_ptr<Obstacle>& node) {
   if (!node)
     return Value();
-  const auto& all = scene.allObstacle;
+  const auto& all = scene.allObstacle();
   const auto it = std::find(all.begin(), all.end(), node);
   if (it == all.end())
     return Value("collected");
   return Value(static_cast<long long>(it - all.begin()));
+}
+
+// One entry per road, from road 1 to road 4.
+template <typename Describe>
+Value perRoad(Describe describe) {
+  Value::Array roads;
+  for (int idx = 1; idx <= 4; ++idx)
+    roads.push_back(describe(idx));
+  return roads;
 }
 
 Value describeSmoke(const kit::SpriteNode& smoke) {
@@ -50,34 +63,30 @@ Value describeLine(const kit::SpriteNode& line) {
 
 kit::Value::Dictionary describeScene(const GameScene& scene) {
   Value::Array obstacles;
-  for (const auto& obstacle : scene.allObstacle)
+  for (const auto& obstacle : scene.allObstacle())
     obstacles.push_back(describeObstacle(*obstacle));
 
   return {
-      {"startFlag", scene.startFlag},
-      {"overFlag", scene.overFlag},
-      {"homeFlag", scene.homeFlag},
-      {"soundFlag", scene.soundFlag},
-      {"score", scene._score},
-      {"tickcnt", Value::Array{scene.tickcnt1, scene.tickcnt2, scene.tickcnt3, scene.tickcnt4}},
-      {"nexttick",
-       Value::Array{scene.nexttick1, scene.nexttick2, scene.nexttick3, scene.nexttick4}},
-      {"leftCar", describeCar(*scene.leftCar)},
-      {"rightCar", describeCar(*scene.rightCar)},
+      {"startFlag", scene.startFlag()},
+      {"overFlag", scene.overFlag()},
+      {"homeFlag", scene.homeFlag()},
+      {"soundFlag", scene.soundFlag()},
+      {"score", scene.score()},
+      {"tickcnt", perRoad([&](int idx) { return Value(scene.tickcnt(idx)); })},
+      {"nexttick", perRoad([&](int idx) { return Value(scene.nexttick(idx)); })},
+      {"leftCar", describeCar(scene.leftCar())},
+      {"rightCar", describeCar(scene.rightCar())},
       {"obstacles", obstacles},
-      {"lastnode", Value::Array{describeLastnode(scene, scene.lastnode1),
-                                describeLastnode(scene, scene.lastnode2),
-                                describeLastnode(scene, scene.lastnode3),
-                                describeLastnode(scene, scene.lastnode4)}},
-      {"layers", Value::Dictionary{{"home", scene.homeLayer->alpha()},
-                                   {"help", scene.helpLayer->alpha()},
-                                   {"over", scene.overLayer->alpha()}}},
-      {"labels", Value::Dictionary{{"score", scene.scoreNode->text()},
-                                   {"overScore", scene.overScoreNode->text()},
-                                   {"overBest", scene.overBestNode->text()}}},
-      {"smoke", Value::Dictionary{{"left", describeSmoke(*scene.leftSmoke)},
-                                  {"right", describeSmoke(*scene.rightSmoke)}}},
-      {"lines", Value::Dictionary{{"left", describeLine(*scene.leftLineNode)},
-                                  {"right", describeLine(*scene.rightLineNode)}}},
+      {"lastnode", perRoad([&](int idx) { return describeLastnode(scene, scene.lastnode(idx)); })},
+      {"layers", Value::Dictionary{{"home", scene.homeLayer().alpha()},
+                                   {"help", scene.helpLayer().alpha()},
+                                   {"over", scene.overLayer().alpha()}}},
+      {"labels", Value::Dictionary{{"score", scene.scoreNode().text()},
+                                   {"overScore", scene.overScoreNode().text()},
+                                   {"overBest", scene.overBestNode().text()}}},
+      {"smoke", Value::Dictionary{{"left", describeSmoke(scene.leftSmoke())},
+                                  {"right", describeSmoke(scene.rightSmoke())}}},
+      {"lines", Value::Dictionary{{"left", describeLine(scene.leftLineNode())},
+                                  {"right", describeLine(scene.rightLineNode())}}},
   };
 }

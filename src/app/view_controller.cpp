@@ -4,6 +4,10 @@
 #include <string>
 
 #include "kit/render/sprite_view.h"
+#include "names/launch_defaults.h"
+#include "names/notification_names.h"
+#include "names/preference_keys.h"
+#include "names/store_link.h"
 
 ViewController::ViewController(const kit::Services& services, HostServices& host,
                                std::optional<unsigned> seed)
@@ -16,12 +20,7 @@ ViewController::~ViewController() = default;
 void ViewController::viewDidLoad() {
   kit::ViewController::viewDidLoad();
 
-  kit::UserDefaults& defaults = services_.defaults;
-  defaults.registerDefaults({{"best", 0}, {"first", true}, {"sound", true}, {"cnt", 0}});
-  // Every launch starts the interstitial count afresh.
-  defaults.setBool(true, "first");
-  defaults.setInteger(0, "cnt");
-  defaults.synchronize();
+  registerLaunchDefaults(services_.defaults);
 
   kit::NotificationCenter& center = services_.notifications;
   std::weak_ptr<kit::ViewController> weak = weak_from_this();
@@ -31,10 +30,10 @@ void ViewController::viewDidLoad() {
         (static_cast<ViewController&>(*self).*handler)(notification);
     };
   };
-  center.removeObserver(this, "showad");
-  center.addObserver(this, "showad", forward(&ViewController::showAd));
-  center.removeObserver(this, "soundchange");
-  center.addObserver(this, "soundchange", forward(&ViewController::soundchange));
+  center.removeObserver(this, notification::kShowAd);
+  center.addObserver(this, notification::kShowAd, forward(&ViewController::showAd));
+  center.removeObserver(this, notification::kSoundChange);
+  center.addObserver(this, notification::kSoundChange, forward(&ViewController::soundchange));
 
   auto skView = std::dynamic_pointer_cast<kit::SpriteView>(view());
   if (skView) {
@@ -71,8 +70,8 @@ void ViewController::showAd(const kit::Notification&) {
   kit::UserDefaults& defaults = services_.defaults;
   // 32-bit arithmetic, wrapping rather than overflowing.
   const auto count = static_cast<int32_t>(
-      static_cast<uint32_t>(static_cast<int32_t>(defaults.integerForKey("cnt"))) + 1u);
-  defaults.setInteger(count, "cnt");
+      static_cast<uint32_t>(static_cast<int32_t>(defaults.integerForKey(prefkey::kCnt))) + 1u);
+  defaults.setInteger(count, prefkey::kCnt);
   defaults.synchronize();
   if (count % 2 == 0)
     host_.tryShowInterstitial(*this, true);
@@ -81,15 +80,12 @@ void ViewController::showAd(const kit::Notification&) {
 void ViewController::soundchange(const kit::Notification&) {}
 
 void ViewController::rateApp(const std::shared_ptr<kit::View>&) {
-  const kit::Value host = services_.bundle.infoValue("storeHost");
-  const auto id = static_cast<int32_t>(services_.bundle.infoValue("appStoreId").integerValue());
-  services_.urlOpener.openURL("itms-apps://" + host.stringValue().value_or("") + "/app/id" +
-                              std::to_string(id));
+  services_.urlOpener.openURL(storelink::gamePage(services_.bundle));
 }
 
 void ViewController::onSound(const std::shared_ptr<kit::View>&) {
   kit::UserDefaults& defaults = services_.defaults;
-  defaults.setBool(!defaults.boolForKey("sound"), "sound");
+  defaults.setBool(!defaults.boolForKey(prefkey::kSound), prefkey::kSound);
   defaults.synchronize();
 }
 

@@ -15,7 +15,7 @@
 // starts the launch's counters afresh, observes the scene's notifications,
 // creates and presents the game scene, lets the rating service decide about a
 // prompt and places the banner in the adView container. Every second game
-// over ("showad") it asks for an interstitial. The services and the host
+// over it asks for an interstitial. The services and the host
 // services are borrowed and outlive it; it lives for the whole process.
 class ViewController final : public kit::ViewController, public kit::OutletTarget {
  public:
@@ -44,16 +44,16 @@ class ViewController final : public kit::ViewController, public kit::OutletTarge
   void viewDidUnload();
 
   // --- Notifications -----------------------------------------------------------------
-  // "showad": counts the game overs of this launch in "cnt"; every second one
+  // The ad notification: counts the game overs of this launch; every second one
   // tries an interstitial.
   void showAd(const kit::Notification& notification);
-  // "soundchange": kept on purpose as an empty hook (no audio to switch).
+  // The sound notification: kept on purpose as an empty hook (no audio to switch).
   void soundchange(const kit::Notification& notification);
 
   // --- Actions for controls of the layout (none are wired) ----------------------------
   // Opens the game's store page, as the scene's rate button would.
   void rateApp(const std::shared_ptr<kit::View>& sender);
-  // Flips "sound" in the preferences and writes them; the scene is not told.
+  // Flips the sound switch in the preferences and writes them; the scene is not told.
   void onSound(const std::shared_ptr<kit::View>& sender);
   // Kept on purpose as an empty action.
   void onShare(const std::shared_ptr<kit::View>& sender);

@@ -32,7 +32,7 @@ int Autoplayer::targetCarpos(const GameScene& scene, const Car& car, int firstRo
   // The next obstacle of each of the car's roads: the lowest one whose top
   // edge is still above the car's lower edge.
   const Obstacle* next[2] = {nullptr, nullptr};
-  for (const auto& obstacle : scene.allObstacle) {
+  for (const auto& obstacle : scene.allObstacle()) {
     const int lane = roadOf(*obstacle, width) - firstRoad;
     if (lane < 0 || lane > 1)
       continue;
@@ -53,7 +53,7 @@ int Autoplayer::targetCarpos(const GameScene& scene, const Car& car, int firstRo
       return false;
     if (a->position().y != b->position().y)
       return a->position().y < b->position().y;
-    return a->type() == 0 && b->type() != 0;
+    return a->type() == ObstacleKind::Circle && b->type() != ObstacleKind::Circle;
   };
   int nearest;
   if (before(next[there], next[here])) {
@@ -63,32 +63,32 @@ int Autoplayer::targetCarpos(const GameScene& scene, const Car& car, int firstRo
   } else {
     return here;
   }
-  return next[nearest]->type() == 0 ? nearest : 1 - nearest;
+  return next[nearest]->type() == ObstacleKind::Circle ? nearest : 1 - nearest;
 }
 
 std::vector<kit::Point> Autoplayer::touchesFor(const GameScene& scene) const {
   const double width = scene.size().width, height = scene.size().height;
   const bool homeButtons =
-      (!scene.startFlag && !scene.overFlag) || (scene.homeFlag && scene.overFlag);
+      (!scene.startFlag() && !scene.overFlag()) || (scene.homeFlag() && scene.overFlag());
   if (homeButtons) {
-    if (scene.playBtn && settled(*scene.homeLayer))
-      return {centreInScene(*scene.playBtn)};
+    if (settled(scene.homeLayer()))
+      return {centreInScene(scene.playBtn())};
     return {};
   }
-  if (scene.overFlag) {
-    if (scene.againBtn && settled(*scene.overLayer))
-      return {centreInScene(*scene.againBtn)};
+  if (scene.overFlag()) {
+    if (settled(scene.overLayer()))
+      return {centreInScene(scene.againBtn())};
     return {};
   }
 
   std::vector<kit::Point> touches;
   // A car still changing lanes is left to finish: its carpos already names
   // where it is going.
-  const Car& left = *scene.leftCar;
+  const Car& left = scene.leftCar();
   if (!left.hasActions() && targetCarpos(scene, left, 0) != left.carpos()) {
     touches.push_back({width * 0.25, height * 0.5});
   }
-  const Car& right = *scene.rightCar;
+  const Car& right = scene.rightCar();
   if (!right.hasActions() && targetCarpos(scene, right, 2) != right.carpos()) {
     touches.push_back({width * 0.75, height * 0.5});
   }

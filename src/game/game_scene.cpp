@@ -3,11 +3,13 @@
 // position is a fraction of the scene size, evaluated left to right.
 
 #include "game/game_scene.h"
+#include "game/tuning.h"
 
 #include <cstdlib>
 #include <string>
 
 #include "kit/scene/physics_body.h"
+#include "names/preference_keys.h"
 
 namespace {
 
@@ -44,21 +46,21 @@ GameScene::GameScene(Token, kit::Size size, const kit::Services& services,
 
 GameScene::~GameScene() {
   // The run loop shares the timer; it must not call into a scene that is gone.
-  if (_timer)
-    _timer->invalidate();
+  if (timer_)
+    timer_->invalidate();
   physicsWorld().setContactDelegate(nullptr);
 }
 
 void GameScene::initWithSize(kit::Size size) {
   std::srand(seed_ ? *seed_ : static_cast<unsigned>(services_.clock.now()));
   // The timer's target is this scene, which invalidates it when it goes.
-  _timer = services_.runLoop.scheduledTimer(
-      0.1, [this] { tickCount(); }, true);
+  timer_ = services_.runLoop.scheduledTimer(
+      tuning::kSpawnTickSeconds, [this] { tickCount(); }, true);
   enableTimer(false);
-  startFlag = false;
-  homeFlag = false;
-  soundFlag = services_.defaults.boolForKey("sound");
-  allObstacle.clear();
+  startFlag_ = false;
+  homeFlag_ = false;
+  soundFlag_ = services_.defaults.boolForKey(prefkey::kSound);
+  allObstacle_.clear();
   physicsWorld().setContactDelegate(this);
   physicsWorld().setGravity({0, 0});
 
@@ -76,47 +78,47 @@ bool GameScene::isPad() const {
 
 void GameScene::initBackgroundLayer(kit::Size size) {
   const double W = size.width, H = size.height;
-  backgroundLayer = sprite("bg.png", {W, H});
-  backgroundLayer->setAnchorPoint({0, 0});
-  backgroundLayer->setPosition({0, 0});
-  addChild(backgroundLayer);
+  backgroundLayer_ = sprite("bg.png", {W, H});
+  backgroundLayer_->setAnchorPoint({0, 0});
+  backgroundLayer_->setPosition({0, 0});
+  addChild(backgroundLayer_);
 
   const double lineWidth = isPad() ? 8 : 5;
-  leftLineNode = sprite("line", {lineWidth, 2 * H});
-  leftLineNode->setPosition({W * 0.25, H});
-  backgroundLayer->addChild(leftLineNode);
-  rightLineNode = sprite("line", {lineWidth, 2 * H});
-  rightLineNode->setPosition({W * 3 * 0.25, H});
-  backgroundLayer->addChild(rightLineNode);
+  leftLineNode_ = sprite("line", {lineWidth, 2 * H});
+  leftLineNode_->setPosition({W * tuning::kRoadWidth, H});
+  backgroundLayer_->addChild(leftLineNode_);
+  rightLineNode_ = sprite("line", {lineWidth, 2 * H});
+  rightLineNode_->setPosition({W * 3 * tuning::kRoadWidth, H});
+  backgroundLayer_->addChild(rightLineNode_);
 
   double fontSize = 40;
   if (isPad())
     fontSize = 70;
-  scoreNode = centredLabel(fontSize, "0", kit::Color::black());
-  scoreNode->setPosition({W * 0.5, H + fontSize * -0.8});
+  scoreNode_ = centredLabel(fontSize, "0", kit::Color::black());
+  scoreNode_->setPosition({W * 0.5, H + fontSize * -0.8});
 
   // The score backdrop is the one node the scene keeps in no field.
   auto backdrop = sprite("scorebg", {W / 3, fontSize + 15});
-  backdrop->setPosition(scoreNode->position());
-  backgroundLayer->addChild(backdrop);
-  backgroundLayer->addChild(scoreNode);
-  scoreNode->setZPosition(1.0);
+  backdrop->setPosition(scoreNode_->position());
+  backgroundLayer_->addChild(backdrop);
+  backgroundLayer_->addChild(scoreNode_);
+  scoreNode_->setZPosition(1.0);
   backdrop->setZPosition(1.0);
 }
 
 void GameScene::initObstacleLayer(kit::Size size) {
   // Anchored at the scene's origin, so its coordinates are scene coordinates.
-  obstacleLayer = kit::SpriteNode::spriteNodeWithColor(kit::Color::clear(), size);
-  obstacleLayer->setAnchorPoint({0, 0});
-  obstacleLayer->setPosition({0, 0});
-  addChild(obstacleLayer);
+  obstacleLayer_ = kit::SpriteNode::spriteNodeWithColor(kit::Color::clear(), size);
+  obstacleLayer_->setAnchorPoint({0, 0});
+  obstacleLayer_->setPosition({0, 0});
+  addChild(obstacleLayer_);
 }
 
 void GameScene::initCars(kit::Size size) {
   const double W = size.width;
-  const double cw = W * 0.25 * 0.7;
-  const double ch = cw * 0.75;
-  const double y = ch * 0.5 + ch * 0.5 + (isPad() ? 90 : 50);
+  const double cw = W * tuning::kRoadWidth * tuning::kCarWidth;
+  const double ch = cw * tuning::kCarAspect;
+  const double y = ch * 0.5 + ch * 0.5 + (isPad() ? tuning::kCarLiftPad : tuning::kCarLiftPhone);
 
   auto makeCar = [&](int caridx, int carpos, double x) {
     auto car = std::make_shared<Car>(kit::Texture("car"), kit::Size{cw, ch});
@@ -125,7 +127,7 @@ void GameScene::initCars(kit::Size size) {
     car->setPosition({x, y});
     addChild(car);
     auto body = kit::PhysicsBody::bodyWithRectangleOfSize(
-        {car->size().width * 0.7, car->size().height * 0.94});
+        {car->size().width * tuning::kHitWidth, car->size().height * tuning::kHitHeight});
     body->setCategoryBitMask(kCarCategory);
     body->setContactTestBitMask(kObstacleCategory);
     body->setCollisionBitMask(0);
@@ -133,27 +135,27 @@ void GameScene::initCars(kit::Size size) {
     car->setPhysicsBody(body);
     return car;
   };
-  leftCar = makeCar(0, 0, W * 0.125);
-  rightCar = makeCar(1, 1, W * 7 * 0.125);
+  leftCar_ = makeCar(0, 0, W * tuning::kHalfRoadWidth);
+  rightCar_ = makeCar(1, 1, W * 7 * tuning::kHalfRoadWidth);
 
-  smokeAnim.clear();
+  smokeAnim_.clear();
   for (int i = 1; i <= 6; ++i)
-    smokeAnim.emplace_back("fire" + std::to_string(i));
+    smokeAnim_.emplace_back("fire" + std::to_string(i));
 
-  const double s = leftCar->size().width * 2;
-  leftSmoke = sprite("fire1", {s, s});
-  leftSmoke->setPosition(leftCar->position());
-  addChild(leftSmoke);
-  leftSmoke->setHidden(true);
-  rightSmoke = sprite("fire1", {s, s});
-  rightSmoke->setPosition(rightCar->position());
-  addChild(rightSmoke);
-  rightSmoke->setHidden(true);
+  const double s = leftCar_->size().width * 2;
+  leftSmoke_ = sprite("fire1", {s, s});
+  leftSmoke_->setPosition(leftCar_->position());
+  addChild(leftSmoke_);
+  leftSmoke_->setHidden(true);
+  rightSmoke_ = sprite("fire1", {s, s});
+  rightSmoke_->setPosition(rightCar_->position());
+  addChild(rightSmoke_);
+  rightSmoke_->setHidden(true);
 
-  rightSmoke->setZPosition(1.0);
-  leftSmoke->setZPosition(1.0);
-  leftCar->setZPosition(1.0);
-  rightCar->setZPosition(1.0);
+  rightSmoke_->setZPosition(1.0);
+  leftSmoke_->setZPosition(1.0);
+  leftCar_->setZPosition(1.0);
+  rightCar_->setZPosition(1.0);
 }
 
 namespace {
@@ -173,62 +175,62 @@ std::shared_ptr<kit::SpriteNode> overlay(kit::Scene& scene, kit::Size size) {
 
 void GameScene::initHomeLayer(kit::Size size) {
   const double W = size.width, H = size.height;
-  homeLayer = overlay(*this, size);
+  homeLayer_ = overlay(*this, size);
   const double side = isPad() ? W / 4.5 : W / 3.0;
-  playBtn = sprite("play", {side, side});
-  playBtn->setPosition({W / 2, H / 2});
-  homeLayer->addChild(playBtn);
-  homeLayer->setZPosition(2.0);
+  playBtn_ = sprite("play", {side, side});
+  playBtn_->setPosition({W / 2, H / 2});
+  homeLayer_->addChild(playBtn_);
+  homeLayer_->setZPosition(2.0);
 }
 
 void GameScene::initHelpLayer(kit::Size size) {
   const double W = size.width, H = size.height;
-  helpLayer = overlay(*this, size);
+  helpLayer_ = overlay(*this, size);
   auto picture = sprite("help", {0.65 * W, 0.65 * W * 1.5});
   picture->setPosition({W / 2, H / 2 + W / 6});
-  helpLayer->addChild(picture);
+  helpLayer_->addChild(picture);
 
   const double side = isPad() ? W / 7 : W / 6;
-  helpPlayBtn = sprite("helpstart", {side, side});
+  helpPlayBtn_ = sprite("helpstart", {side, side});
   const double y = picture->position().y - picture->size().height / 2 - side;
-  helpPlayBtn->setPosition({W / 2, y});
-  helpLayer->addChild(helpPlayBtn);
-  helpLayer->setAlpha(0);
-  helpLayer->setZPosition(2.0);
+  helpPlayBtn_->setPosition({W / 2, y});
+  helpLayer_->addChild(helpPlayBtn_);
+  helpLayer_->setAlpha(0);
+  helpLayer_->setZPosition(2.0);
 }
 
 void GameScene::initOverLayer(kit::Size size) {
   const double W = size.width, H = size.height;
-  overLayer = overlay(*this, size);
+  overLayer_ = overlay(*this, size);
   const double s = isPad() ? W / 4.5 : W / 3.5;
   const bool tall = !isPad() && H > 500;
 
-  againBtn = sprite("play", {s, s});
-  againBtn->setPosition({W / 2, H / 2 - 0.4 * s});
-  overLayer->addChild(againBtn);
+  againBtn_ = sprite("play", {s, s});
+  againBtn_->setPosition({W / 2, H / 2 - 0.4 * s});
+  overLayer_->addChild(againBtn_);
 
-  overScoreNode = centredLabel(isPad() ? 60 : 35, "0", kOverTextColor);
-  overScoreNode->setPosition(
-      {W / 2, tall ? againBtn->position().y + s * 1.6 : againBtn->position().y + s * 1.4});
+  overScoreNode_ = centredLabel(isPad() ? 60 : 35, "0", kOverTextColor);
+  overScoreNode_->setPosition(
+      {W / 2, tall ? againBtn_->position().y + s * 1.6 : againBtn_->position().y + s * 1.4});
 
   // A placeholder until the first game over writes the real line.
-  overBestNode = centredLabel(isPad() ? 40 : 20, "记 录 : 5", kOverTextColor);
-  overBestNode->setPosition({W / 2, overScoreNode->position().y - overScoreNode->fontSize() / 2 -
-                                        overBestNode->fontSize() / 2});
+  overBestNode_ = centredLabel(isPad() ? 40 : 20, "记 录 : 5", kOverTextColor);
+  overBestNode_->setPosition({W / 2, overScoreNode_->position().y - overScoreNode_->fontSize() / 2 -
+                                         overBestNode_->fontSize() / 2});
 
   auto scoreBackground = sprite("overscorebg", {W / 2.5, W / 2.5 / 1.5});
   scoreBackground->setPosition(
-      {W / 2, (overScoreNode->position().y + overBestNode->position().y) / 2});
-  overLayer->addChild(scoreBackground);
-  overLayer->addChild(overScoreNode);
-  overLayer->addChild(overBestNode);
+      {W / 2, (overScoreNode_->position().y + overBestNode_->position().y) / 2});
+  overLayer_->addChild(scoreBackground);
+  overLayer_->addChild(overScoreNode_);
+  overLayer_->addChild(overBestNode_);
 
   auto title = sprite("gameover", {0.65 * W, 0.65 * W / 4.5});
   title->setPosition({W / 2, H - 1.5 * title->size().height});
-  overLayer->addChild(title);
+  overLayer_->addChild(title);
 
-  overLayer->setAlpha(0);
-  overLayer->setZPosition(2.0);
+  overLayer_->setAlpha(0);
+  overLayer_->setZPosition(2.0);
 }
 
 void GameScene::layoutGame(kit::Size size) {

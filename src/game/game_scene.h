@@ -1,8 +1,10 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "game/car.h"
@@ -21,11 +23,9 @@
 // borrowed and must outlive it. Create it with sceneWithSize and present it
 // on a kit::FrameDriver. Main thread only.
 //
-// The fields are the scene's state, in their declared order. They are public
-// so that the host, the scenario runner, the autoplayer and tests can read
-// them; only the scene's own operations write them. Run state lives in the
-// three flags (Home: neither startFlag nor overFlag; Playing: startFlag;
-// Over: overFlag), per-road state in four numbered fields.
+// Its state is private: the host, the scenario dump, the built-in player and
+// tests read it through the accessors below; only the scene's own operations
+// write it.
 class GameScene final : public kit::Scene, public kit::PhysicsContactDelegate {
  private:
   struct Token {
@@ -84,8 +84,8 @@ class GameScene final : public kit::Scene, public kit::PhysicsContactDelegate {
   void newGame();
   // Ends the run once: freezes the world, shows the crash at `point` for car
   // `which` (0 left, else right) when `hitnode` is null, or blinks the
-  // let-through `hitnode`; keeps "best"; fades the game-over screen in and
-  // then posts "showad". Later calls are ignored until the next newGame.
+  // let-through `hitnode`; keeps the best score; fades the game-over screen in and
+  // then posts the ad notification. Later calls are ignored until the next newGame.
   void gameOver(kit::Point point, int which, kit::NodePtr hitnode);
   // Flames on that car's crash sprite, centred on `point` (scene points).
   void leftCarCrush(kit::Point point);
@@ -94,7 +94,7 @@ class GameScene final : public kit::Scene, public kit::PhysicsContactDelegate {
   // The handlers of the sound, rate and home buttons. Those buttons are never
   // created, so no touch reaches these; they stand ready for a version that
   // adds the buttons.
-  // Flips soundFlag, stores it under "sound" and posts "soundchange".
+  // Flips soundFlag, stores it and posts the sound notification.
   void toggleSound();
   // Drops the game-over screen and fades the home screen in.
   void goHome();
@@ -104,46 +104,97 @@ class GameScene final : public kit::Scene, public kit::PhysicsContactDelegate {
   // Kept on purpose as an empty hook for a later relayout; nothing calls it.
   void layoutGame(kit::Size size);
 
-  // --- Fields ---------------------------------------------------------------------
+  // --- State, read-only --------------------------------------------------------------
 
-  std::shared_ptr<kit::Timer> _timer;                // the 0.1 s spawn timer, paused by fire date
-  std::shared_ptr<kit::SpriteNode> backgroundLayer;  // lines and score are its children
-  std::shared_ptr<kit::SpriteNode> obstacleLayer;    // full-scene, parent of every obstacle
-  std::shared_ptr<kit::SpriteNode> homeLayer;
-  std::shared_ptr<kit::SpriteNode> overLayer;
-  std::shared_ptr<kit::SpriteNode> helpLayer;
-  std::shared_ptr<Car> leftCar;
-  std::shared_ptr<Car> rightCar;
-  std::shared_ptr<kit::LabelNode> scoreNode;
-  std::shared_ptr<kit::LabelNode> overScoreNode;
-  std::shared_ptr<kit::LabelNode> overBestNode;
-  kit::NodePtr leftTail;                       // never created: stays null
-  kit::NodePtr rightTail;                      // never created: stays null
-  std::shared_ptr<kit::SpriteNode> leftSmoke;  // crash flames of the left car
-  std::shared_ptr<kit::SpriteNode> rightSmoke;
-  std::shared_ptr<kit::SpriteNode> leftLineNode;   // lane line between roads 1 and 2
-  std::shared_ptr<kit::SpriteNode> rightLineNode;  // lane line between roads 3 and 4
-  std::vector<kit::Texture> smokeAnim;             // "fire1" to "fire6"
-  std::shared_ptr<kit::SpriteNode> playBtn;
-  std::shared_ptr<kit::SpriteNode> helpPlayBtn;
-  std::shared_ptr<kit::SpriteNode> againBtn;
-  std::shared_ptr<kit::SpriteNode> soundBtn;     // never created: stays null
-  std::shared_ptr<kit::SpriteNode> rateBtn;      // never created: stays null
-  std::shared_ptr<kit::SpriteNode> homeBtn;      // never created: stays null
-  std::shared_ptr<kit::SpriteNode> overRateBtn;  // never created: stays null
-  bool startFlag = false;                        // a run is in progress
-  bool overFlag = false;                         // the run has ended; guards gameOver
-  bool homeFlag = false;                         // home screen reopened after a game over
-  bool soundFlag = false;  // the sound switch; stored and announced, gates nothing
-  int _score = 0;
-  int tickcnt1 = 0, tickcnt2 = 0, tickcnt3 = 0, tickcnt4 = 0;      // ticks since the road spawned
-  int nexttick1 = 0, nexttick2 = 0, nexttick3 = 0, nexttick4 = 0;  // count of the next spawn
-  // The latest spawn of each road, or null; may be a circle already collected.
-  std::shared_ptr<Obstacle> lastnode1, lastnode2, lastnode3, lastnode4;
+  // Run state lives in three flags: Home (neither startFlag nor overFlag),
+  // Playing (startFlag), Over (overFlag); homeFlag marks the home screen
+  // reopened after a game over.
+  bool startFlag() const { return startFlag_; }
+  bool overFlag() const { return overFlag_; }
+  bool homeFlag() const { return homeFlag_; }
+  // The sound switch; stored and announced, gates nothing.
+  bool soundFlag() const { return soundFlag_; }
+  int score() const { return score_; }
+
+  // Per road, numbered 1 to 4 from the left as addObstacleInRoadIdx counts:
+  // ticks since the road last spawned, the count of its next spawn, and its
+  // latest spawn (null before the first; may be a circle already collected).
+  int tickcnt(int idx) const { return road(idx).tickcnt; }
+  int nexttick(int idx) const { return road(idx).nexttick; }
+  const std::shared_ptr<Obstacle>& lastnode(int idx) const { return road(idx).lastnode; }
   // Every obstacle of the run not yet collected, in spawn order.
-  std::vector<std::shared_ptr<Obstacle>> allObstacle;
+  const std::vector<std::shared_ptr<Obstacle>>& allObstacle() const { return allObstacle_; }
+
+  // The 0.1 s spawn timer, paused by fire date.
+  const kit::Timer& timer() const { return *timer_; }
+  const Car& leftCar() const { return *leftCar_; }
+  const Car& rightCar() const { return *rightCar_; }
+  const kit::SpriteNode& obstacleLayer() const { return *obstacleLayer_; }
+  const kit::SpriteNode& homeLayer() const { return *homeLayer_; }
+  const kit::SpriteNode& helpLayer() const { return *helpLayer_; }
+  const kit::SpriteNode& overLayer() const { return *overLayer_; }
+  const kit::LabelNode& scoreNode() const { return *scoreNode_; }
+  const kit::LabelNode& overScoreNode() const { return *overScoreNode_; }
+  const kit::LabelNode& overBestNode() const { return *overBestNode_; }
+  // Crash flames of each car.
+  const kit::SpriteNode& leftSmoke() const { return *leftSmoke_; }
+  const kit::SpriteNode& rightSmoke() const { return *rightSmoke_; }
+  // Lane lines between roads 1 and 2, and between roads 3 and 4.
+  const kit::SpriteNode& leftLineNode() const { return *leftLineNode_; }
+  const kit::SpriteNode& rightLineNode() const { return *rightLineNode_; }
+  const kit::SpriteNode& playBtn() const { return *playBtn_; }
+  const kit::SpriteNode& helpPlayBtn() const { return *helpPlayBtn_; }
+  const kit::SpriteNode& againBtn() const { return *againBtn_; }
 
  private:
+  // What the spawn rhythm keeps for one road.
+  struct Road {
+    int tickcnt = 0;   // ticks since the road spawned
+    int nexttick = 0;  // count of the next spawn
+    std::shared_ptr<Obstacle> lastnode;
+  };
+  static constexpr int kRoadCount = 4;
+
+  // Road `idx` (1 to 4); an index out of range is a programmer mistake.
+  const Road& road(int idx) const;
+  Road& road(int idx) { return const_cast<Road&>(std::as_const(*this).road(idx)); }
+  static bool validRoad(int idx);
+  // A road's next spawn count: one rand() draw.
+  static int nextSpawnTick();
+
+  std::shared_ptr<kit::Timer> timer_;
+  std::shared_ptr<kit::SpriteNode> backgroundLayer_;  // lines and score are its children
+  std::shared_ptr<kit::SpriteNode> obstacleLayer_;    // full-scene, parent of every obstacle
+  std::shared_ptr<kit::SpriteNode> homeLayer_;
+  std::shared_ptr<kit::SpriteNode> overLayer_;
+  std::shared_ptr<kit::SpriteNode> helpLayer_;
+  std::shared_ptr<Car> leftCar_;
+  std::shared_ptr<Car> rightCar_;
+  std::shared_ptr<kit::LabelNode> scoreNode_;
+  std::shared_ptr<kit::LabelNode> overScoreNode_;
+  std::shared_ptr<kit::LabelNode> overBestNode_;
+  kit::NodePtr leftTail_;   // never created: stays null
+  kit::NodePtr rightTail_;  // never created: stays null
+  std::shared_ptr<kit::SpriteNode> leftSmoke_;
+  std::shared_ptr<kit::SpriteNode> rightSmoke_;
+  std::shared_ptr<kit::SpriteNode> leftLineNode_;
+  std::shared_ptr<kit::SpriteNode> rightLineNode_;
+  std::vector<kit::Texture> smokeAnim_;  // "fire1" to "fire6"
+  std::shared_ptr<kit::SpriteNode> playBtn_;
+  std::shared_ptr<kit::SpriteNode> helpPlayBtn_;
+  std::shared_ptr<kit::SpriteNode> againBtn_;
+  std::shared_ptr<kit::SpriteNode> soundBtn_;     // never created: stays null
+  std::shared_ptr<kit::SpriteNode> rateBtn_;      // never created: stays null
+  std::shared_ptr<kit::SpriteNode> homeBtn_;      // never created: stays null
+  std::shared_ptr<kit::SpriteNode> overRateBtn_;  // never created: stays null
+  bool startFlag_ = false;
+  bool overFlag_ = false;  // guards gameOver
+  bool homeFlag_ = false;
+  bool soundFlag_ = false;
+  int score_ = 0;
+  std::array<Road, kRoadCount> roads_;
+  std::vector<std::shared_ptr<Obstacle>> allObstacle_;
+
   void initWithSize(kit::Size size);
   void initBackgroundLayer(kit::Size size);
   void initObstacleLayer(kit::Size size);

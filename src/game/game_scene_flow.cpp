@@ -6,7 +6,11 @@
 #include <string>
 
 #include "game/game_scene.h"
+#include "game/tuning.h"
 #include "kit/scene/action.h"
+#include "names/notification_names.h"
+#include "names/preference_keys.h"
+#include "names/store_link.h"
 
 namespace {
 
@@ -28,12 +32,12 @@ void GameScene::touchesBegan(const kit::TouchSet& touches, const kit::Event* eve
 
   enum class Route { Home, Steer, Over };
   Route route;
-  if (!startFlag && !overFlag) {
+  if (!startFlag_ && !overFlag_) {
     route = Route::Home;
-  } else if (homeFlag) {
-    route = overFlag ? Route::Home : Route::Steer;
+  } else if (homeFlag_) {
+    route = overFlag_ ? Route::Home : Route::Steer;
   } else {
-    route = overFlag ? Route::Over : Route::Steer;
+    route = overFlag_ ? Route::Over : Route::Steer;
   }
 
   switch (route) {
@@ -42,25 +46,25 @@ void GameScene::touchesBegan(const kit::TouchSet& touches, const kit::Event* eve
       break;
     case Route::Home:
       // Alpha is not consulted: the invisible help button starts a run too.
-      if (hit(playBtn, p)) {
-        startFrom(homeLayer);
-      } else if (hit(soundBtn, p)) {
+      if (hit(playBtn_, p)) {
+        startFrom(homeLayer_);
+      } else if (hit(soundBtn_, p)) {
         toggleSound();
-      } else if (hit(rateBtn, p)) {
+      } else if (hit(rateBtn_, p)) {
         rateUs();
-      } else if (hit(helpPlayBtn, p)) {
-        startFrom(helpLayer);
+      } else if (hit(helpPlayBtn_, p)) {
+        startFrom(helpLayer_);
       }
       break;
     case Route::Over:
       // Taps are ignored until the screen has fully faded in.
-      if (overLayer->alpha() != 1.0)
+      if (overLayer_->alpha() != 1.0)
         break;
-      if (hit(againBtn, p)) {
-        startFrom(overLayer);
-      } else if (hit(homeBtn, p)) {
+      if (hit(againBtn_, p)) {
+        startFrom(overLayer_);
+      } else if (hit(homeBtn_, p)) {
         goHome();
-      } else if (hit(overRateBtn, p)) {
+      } else if (hit(overRateBtn_, p)) {
         rateUs();
       }
       break;
@@ -72,9 +76,9 @@ void GameScene::startFrom(const std::shared_ptr<kit::SpriteNode>& layer) {
   // 0.1 s starts a second fade and a second run. The block lives on a node of
   // this scene, so it never outlives the scene; the raw pointers stay valid.
   kit::SpriteNode* faded = layer.get();
-  layer->runAction(kit::Action::fadeOutWithDuration(0.1), [this, faded] {
+  layer->runAction(kit::Action::fadeOutWithDuration(tuning::kStartFadeSeconds), [this, faded] {
     faded->setAlpha(0);
-    startFlag = true;
+    startFlag_ = true;
     newGame();
   });
 }
@@ -82,75 +86,70 @@ void GameScene::startFrom(const std::shared_ptr<kit::SpriteNode>& layer) {
 void GameScene::newGame() {
   const double W = size().width, H = size().height;
 
-  obstacleLayer->removeAllChildren();
-  obstacleLayer->removeAllActions();
+  obstacleLayer_->removeAllChildren();
+  obstacleLayer_->removeAllActions();
 
-  leftSmoke->setHidden(true);
-  rightSmoke->setHidden(true);
-  leftSmoke->removeAllActions();
-  rightSmoke->removeAllActions();
+  leftSmoke_->setHidden(true);
+  rightSmoke_->setHidden(true);
+  leftSmoke_->removeAllActions();
+  rightSmoke_->removeAllActions();
 
-  for (const auto& obstacle : allObstacle) {
+  for (const auto& obstacle : allObstacle_) {
     obstacle->removeAllActions();
     obstacle->removeFromParent();
   }
-  allObstacle.clear();
+  allObstacle_.clear();
 
-  leftCar->setPosition({W * 0.125, leftCar->position().y});
-  leftCar->setCarpos(0);
-  leftCar->setZRotation(0);
-  rightCar->setPosition({W * 7 * 0.125, rightCar->position().y});
-  rightCar->setZRotation(0);
-  rightCar->setCarpos(1);
+  leftCar_->setPosition({W * tuning::kHalfRoadWidth, leftCar_->position().y});
+  leftCar_->setCarpos(0);
+  leftCar_->setZRotation(0);
+  rightCar_->setPosition({W * 7 * tuning::kHalfRoadWidth, rightCar_->position().y});
+  rightCar_->setZRotation(0);
+  rightCar_->setCarpos(1);
 
-  overFlag = false;
-  homeFlag = false;
-  _score = 0;
-  scoreNode->setText(std::to_string(_score));
+  overFlag_ = false;
+  homeFlag_ = false;
+  score_ = 0;
+  scoreNode_->setText(std::to_string(score_));
 
-  nexttick1 = std::rand() % 10 + 10;
-  nexttick2 = std::rand() % 10 + 10;
-  nexttick3 = std::rand() % 10 + 10;
-  nexttick4 = std::rand() % 10 + 10;
-  tickcnt1 = 0;
-  tickcnt2 = 0;
-  tickcnt3 = 0;
-  tickcnt4 = 0;
-  lastnode1 = nullptr;
-  lastnode2 = nullptr;
-  lastnode3 = nullptr;
-  lastnode4 = nullptr;
+  for (Road& each : roads_)
+    each.nexttick = nextSpawnTick();
+  for (Road& each : roads_) {
+    each.tickcnt = 0;
+    each.lastnode = nullptr;
+  }
 
-  helpLayer->setAlpha(0);
-  homeLayer->setAlpha(0);
-  overLayer->setAlpha(0);
+  helpLayer_->setAlpha(0);
+  homeLayer_->setAlpha(0);
+  overLayer_->setAlpha(0);
 
-  leftLineNode->setPosition({W * 0.25, H});
-  rightLineNode->setPosition({W * 3 * 0.25, H});
+  leftLineNode_->setPosition({W * tuning::kRoadWidth, H});
+  rightLineNode_->setPosition({W * 3 * tuning::kRoadWidth, H});
   // The lines scroll at the obstacles' speed. Scrolling already running is
   // left alone: only gameOver stops it.
-  for (const auto& line : {leftLineNode, rightLineNode}) {
-    line->runAction(kit::Action::repeatActionForever(kit::Action::sequence(
-        {kit::Action::moveBy({0, -H}, 2.2), kit::Action::moveBy({0, H}, 0)})));
+  for (const auto& line : {leftLineNode_, rightLineNode_}) {
+    line->runAction(kit::Action::repeatActionForever(
+        kit::Action::sequence({kit::Action::moveBy({0, -H}, tuning::kSceneFallSeconds),
+                               kit::Action::moveBy({0, H}, 0)})));
   }
 
   enableTimer(true);
 }
 
 void GameScene::gameOver(kit::Point point, int which, kit::NodePtr hitnode) {
-  if (overFlag)
+  if (overFlag_)
     return;
-  overFlag = true;
-  startFlag = false;
+  overFlag_ = true;
+  startFlag_ = false;
   enableTimer(false);
 
   // Everything freezes where it is until the next newGame.
-  for (const auto& obstacle : allObstacle)
+  for (const auto& obstacle : allObstacle_)
     obstacle->removeAllActions();
-  leftCar->removeAllActions();
-  rightCar->removeAllActions();
-  leftLineNode->removeAllActions();
-  rightLineNode->removeAllActions();
+  leftCar_->removeAllActions();
+  rightCar_->removeAllActions();
+  leftLineNode_->removeAllActions();
+  rightLineNode_->removeAllActions();
 
   if (!hitnode) {
     if (which != 0) {
@@ -160,59 +159,54 @@ void GameScene::gameOver(kit::Point point, int which, kit::NodePtr hitnode) {
     }
   }
 
-  overScoreNode->setText(std::to_string(_score));
+  overScoreNode_->setText(std::to_string(score_));
 
   // A score equal to the best is not a record.
-  const int64_t best = services_.defaults.integerForKey("best");
-  if (_score > best) {
-    services_.defaults.setInteger(_score, "best");
+  const int64_t best = services_.defaults.integerForKey(prefkey::kBest);
+  if (score_ > best) {
+    services_.defaults.setInteger(score_, prefkey::kBest);
     services_.defaults.synchronize();
-    overBestNode->setText("新记录");
+    overBestNode_->setText("新记录");
   } else {
-    overBestNode->setText("记 录 : " + std::to_string(best));
+    overBestNode_->setText("记 录 : " + std::to_string(best));
   }
 
   if (hitnode) {
     // The let-through circle blinks twice instead of a crash.
     hitnode->runAction(kit::Action::sequence({
-        kit::Action::fadeAlphaTo(0.4, 0.125),
-        kit::Action::fadeAlphaTo(1.0, 0.125),
-        kit::Action::fadeAlphaTo(0.4, 0.125),
-        kit::Action::fadeAlphaTo(1.0, 0.125),
+        kit::Action::fadeAlphaTo(0.4, tuning::kBlinkSeconds),
+        kit::Action::fadeAlphaTo(1.0, tuning::kBlinkSeconds),
+        kit::Action::fadeAlphaTo(0.4, tuning::kBlinkSeconds),
+        kit::Action::fadeAlphaTo(1.0, tuning::kBlinkSeconds),
     }));
   }
 
-  overLayer->runAction(kit::Action::sequence({kit::Action::waitForDuration(0.5),
-                                              kit::Action::fadeInWithDuration(0.3)}),
-                       [this] {
-                         overLayer->setAlpha(1.0);
-                         services_.notifications.postNotificationName("showad");
-                       });
+  overLayer_->runAction(
+      kit::Action::sequence({kit::Action::waitForDuration(tuning::kOverDelaySeconds),
+                             kit::Action::fadeInWithDuration(tuning::kOverFadeSeconds)}),
+      [this] {
+        overLayer_->setAlpha(1.0);
+        services_.notifications.postNotificationName(notification::kShowAd);
+      });
 }
 
 void GameScene::toggleSound() {
-  soundFlag = !soundFlag;
+  soundFlag_ = !soundFlag_;
   // Written without a synchronise, as the switch always was.
-  services_.defaults.setBool(soundFlag, "sound");
-  if (soundBtn)
-    soundBtn->setTexture(kit::Texture(soundFlag ? "soundon" : "soundoff"));
-  services_.notifications.postNotificationName("soundchange", kit::Value(soundFlag));
+  services_.defaults.setBool(soundFlag_, prefkey::kSound);
+  if (soundBtn_)
+    soundBtn_->setTexture(kit::Texture(soundFlag_ ? "soundon" : "soundoff"));
+  services_.notifications.postNotificationName(notification::kSoundChange, kit::Value(soundFlag_));
 }
 
 void GameScene::goHome() {
-  overLayer->setAlpha(0);
-  homeLayer->runAction(kit::Action::fadeInWithDuration(0.1), [this] {
-    homeLayer->setAlpha(1);
-    homeFlag = true;
+  overLayer_->setAlpha(0);
+  homeLayer_->runAction(kit::Action::fadeInWithDuration(tuning::kHomeFadeSeconds), [this] {
+    homeLayer_->setAlpha(1);
+    homeFlag_ = true;
   });
 }
 
 void GameScene::rateUs() {
-  const kit::Value host = services_.bundle.infoValue("storeHost");
-  const kit::Value appStoreId = services_.bundle.infoValue("appStoreId");
-  // The identifier is printed as a signed 32-bit number, as the store link
-  // always was.
-  const auto id = static_cast<int32_t>(appStoreId.integerValue());
-  services_.urlOpener.openURL("itms-apps://" + host.stringValue().value_or("") + "/app/id" +
-                              std::to_string(id));
+  services_.urlOpener.openURL(storelink::gamePage(services_.bundle));
 }

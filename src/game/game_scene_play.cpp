@@ -6,99 +6,87 @@
 #include <numbers>
 
 #include "game/game_scene.h"
+#include "game/tuning.h"
+#include "kit/foundation/assert.h"
 #include "kit/scene/action.h"
 #include "kit/scene/physics_body.h"
 
 // --- Spawning -------------------------------------------------------------------
 
 void GameScene::enableTimer(bool enable) {
-  _timer->setFireDate(enable ? kit::Timer::kDistantPast : kit::Timer::kDistantFuture);
+  timer_->setFireDate(enable ? kit::Timer::kDistantPast : kit::Timer::kDistantFuture);
 }
 
 void GameScene::tickCount() {
-  ++tickcnt1;
-  ++tickcnt2;
-  ++tickcnt3;
-  ++tickcnt4;
+  for (Road& each : roads_)
+    ++each.tickcnt;
   // Thresholds lie in 10..19 and counts restart at 0, so equality is reached.
-  if (tickcnt1 == nexttick1) {
-    addObstacleInRoadIdx(1);
-    nexttick1 = std::rand() % 10 + 10;
-    tickcnt1 = 0;
-  }
-  if (tickcnt2 == nexttick2) {
-    addObstacleInRoadIdx(2);
-    nexttick2 = std::rand() % 10 + 10;
-    tickcnt2 = 0;
-  }
-  if (tickcnt3 == nexttick3) {
-    addObstacleInRoadIdx(3);
-    nexttick3 = std::rand() % 10 + 10;
-    tickcnt3 = 0;
-  }
-  if (tickcnt4 == nexttick4) {
-    addObstacleInRoadIdx(4);
-    nexttick4 = std::rand() % 10 + 10;
-    tickcnt4 = 0;
+  for (int idx = 1; idx <= kRoadCount; ++idx) {
+    if (road(idx).tickcnt == road(idx).nexttick) {
+      addObstacleInRoadIdx(idx);
+      road(idx).nexttick = nextSpawnTick();
+      road(idx).tickcnt = 0;
+    }
   }
 }
 
+int GameScene::nextSpawnTick() {
+  return std::rand() % tuning::kSpawnTickChoices + tuning::kFirstSpawnTick;
+}
+
+bool GameScene::validRoad(int idx) {
+  return idx >= 1 && idx <= kRoadCount;
+}
+
+const GameScene::Road& GameScene::road(int idx) const {
+  if (!KIT_ASSERT(validRoad(idx), "road index out of range (roads are 1 to 4)"))
+    idx = 1;
+  return roads_[static_cast<std::size_t>(idx - 1)];
+}
+
 void GameScene::addObstacleInRoadIdx(int idx) {
-  if (idx < 1 || idx > 4)
+  if (!KIT_ASSERT(validRoad(idx), "road index out of range (roads are 1 to 4)"))
     return;
   const double W = size().width, H = size().height;
-  const double ow = W * 0.25 * 0.6;
-  const double oh = ow * 0.65;
+  const double ow = W * tuning::kRoadWidth * tuning::kObstacleWidth;
+  const double oh = ow * tuning::kObstacleAspect;
 
-  int kind = std::rand() % 2;
-  if (kind == 1) {
+  auto kind = static_cast<ObstacleKind>(std::rand() % 2);
+  if (kind == ObstacleKind::Rectangle) {
     // Never two rectangles side by side in one car's roads: while the
     // partner road's latest rectangle is still close to the top, a circle
     // comes instead. The left car's height serves both halves.
-    const std::shared_ptr<Obstacle>& q = idx == 1   ? lastnode2
-                                         : idx == 2 ? lastnode1
-                                         : idx == 3 ? lastnode4
-                                                    : lastnode3;
-    if (q && q->type() == 1) {
+    const int partner = idx % 2 == 1 ? idx + 1 : idx - 1;
+    const std::shared_ptr<Obstacle>& q = road(partner).lastnode;
+    if (q && q->type() == ObstacleKind::Rectangle) {
       const double gap = H + q->size().height - q->position().y;
-      if (gap < leftCar->size().height * 1.8)
-        kind = 0;
+      if (gap < leftCar_->size().height * tuning::kRectangleGap)
+        kind = ObstacleKind::Circle;
     }
   }
 
   // From a score of 10 on, the tag is drawn at random (one more rand()).
   int cr;
-  if (_score > 9) {
+  if (score_ > 9) {
     cr = std::rand() % 2;
   } else {
     cr = idx <= 2 ? 0 : 1;
   }
-  auto node =
-      std::make_shared<Obstacle>(kit::Texture(kind == 1 ? "rect" : "circle"), kit::Size{ow, oh});
+  auto node = std::make_shared<Obstacle>(
+      kit::Texture(kind == ObstacleKind::Rectangle ? "rect" : "circle"), kit::Size{ow, oh});
   node->setCr(cr);
   node->setType(kind);
   // The lower edge starts on the top edge of the scene.
-  node->setPosition({static_cast<double>(2 * idx - 1) * W * 0.125, H + oh * 0.5});
+  node->setPosition({static_cast<double>(2 * idx - 1) * W * tuning::kHalfRoadWidth, H + oh * 0.5});
 
-  switch (idx) {
-    case 1:
-      lastnode1 = node;
-      break;
-    case 2:
-      lastnode2 = node;
-      break;
-    case 3:
-      lastnode3 = node;
-      break;
-    default:
-      lastnode4 = node;
-      break;
-  }
-  obstacleLayer->addChild(node);
-  allObstacle.push_back(node);
+  road(idx).lastnode = node;
+  obstacleLayer_->addChild(node);
+  allObstacle_.push_back(node);
 
-  auto body = node->type() != 0 ? kit::PhysicsBody::bodyWithRectangleOfSize({ow * 0.7, oh * 0.94})
-                                : kit::PhysicsBody::bodyWithCircleOfRadius(ow * 0.5);
+  auto body = node->type() == ObstacleKind::Rectangle
+                  ? kit::PhysicsBody::bodyWithRectangleOfSize(
+                        {ow * tuning::kHitWidth, oh * tuning::kHitHeight})
+                  : kit::PhysicsBody::bodyWithCircleOfRadius(ow * 0.5);
   body->setCategoryBitMask(kObstacleCategory);
   body->setContactTestBitMask(kCarCategory);
   body->setCollisionBitMask(0);
@@ -107,15 +95,15 @@ void GameScene::addObstacleInRoadIdx(int idx) {
 
   // One scene height every 2.2 s, whatever the score; the obstacle stays
   // where the move ends, just below the scene.
-  node->runAction(kit::Action::moveToY(-oh * 0.5, (H + oh) * 2.2 / H));
+  node->runAction(kit::Action::moveToY(-oh * 0.5, (H + oh) * tuning::kSceneFallSeconds / H));
 }
 
 void GameScene::update(double currentTime) {
   (void)currentTime;
-  const double ch = leftCar->size().height;
-  const double carY = leftCar->position().y;
-  for (const auto& o : allObstacle) {
-    if (o->type() != 0)
+  const double ch = leftCar_->size().height;
+  const double carY = leftCar_->position().y;
+  for (const auto& o : allObstacle_) {
+    if (o->type() != ObstacleKind::Circle)
       continue;
     const double m = o->position().y + o->size().height * 0.5 + ch * 0.5 + o->size().height * 0.1;
     if (m < carY) {
@@ -144,24 +132,24 @@ void GameScene::steer(const kit::TouchSet& touches) {
     leftCarChangeRoad();
   if (right)
     rightCarChangeRoad();
-  overLayer->setAlpha(0);
-  helpLayer->setAlpha(0);
-  homeLayer->setAlpha(0);
+  overLayer_->setAlpha(0);
+  helpLayer_->setAlpha(0);
+  homeLayer_->setAlpha(0);
 }
 
 void GameScene::leftCarChangeRoad() {
-  changeRoad(*leftCar);
+  changeRoad(*leftCar_);
 }
 
 void GameScene::rightCarChangeRoad() {
-  changeRoad(*rightCar);
+  changeRoad(*rightCar_);
 }
 
 void GameScene::changeRoad(Car& car) {
   // carpos flips at once; the tilt and the move are relative and run beside
   // whatever the car is already doing, so a quick second tap undoes the first.
   constexpr double kTilt = std::numbers::pi / 6;
-  const double step = size().width * 0.25;
+  const double step = size().width * tuning::kRoadWidth;
   double tilt, dx;
   if (car.carpos() != 0) {
     car.setCarpos(0);
@@ -172,9 +160,10 @@ void GameScene::changeRoad(Car& car) {
     tilt = -kTilt;
     dx = step;
   }
-  car.runAction(kit::Action::sequence(
-      {kit::Action::rotateByAngle(tilt, 0.05), kit::Action::rotateByAngle(-tilt, 0.05)}));
-  car.runAction(kit::Action::moveBy({dx, 0}, 0.1), [] {});
+  car.runAction(
+      kit::Action::sequence({kit::Action::rotateByAngle(tilt, tuning::kLaneChangeSeconds / 2),
+                             kit::Action::rotateByAngle(-tilt, tuning::kLaneChangeSeconds / 2)}));
+  car.runAction(kit::Action::moveBy({dx, 0}, tuning::kLaneChangeSeconds), [] {});
 }
 
 // --- Contacts and crash -------------------------------------------------------------
@@ -194,17 +183,17 @@ void GameScene::didBeginContact(const kit::PhysicsContact& contact) {
   if (!obstacle || !car)
     return;
 
-  if (obstacle->type() != 0) {
+  if (obstacle->type() == ObstacleKind::Rectangle) {
     const kit::Point point{(obstacle->position().x + car->position().x) * 0.5,
                            (obstacle->position().y + car->position().y) * 0.5};
     gameOver(point, car->caridx(), nullptr);
     return;
   }
   // No state check: everything stands still once a run has ended.
-  _score = _score + 1;
-  scoreNode->setText(std::to_string(_score));
+  score_ = score_ + 1;
+  scoreNode_->setText(std::to_string(score_));
   obstacle->removeFromParent();
-  std::erase(allObstacle, obstacle);
+  std::erase(allObstacle_, obstacle);
 }
 
 namespace {
@@ -212,17 +201,17 @@ namespace {
 void crush(kit::SpriteNode& smoke, const std::vector<kit::Texture>& frames, kit::Point point) {
   smoke.setPosition(point);
   smoke.setHidden(false);
-  smoke.runAction(
-      kit::Action::repeatActionForever(kit::Action::animateWithTextures(frames, 0.15, false, true)),
-      "crush");
+  smoke.runAction(kit::Action::repeatActionForever(kit::Action::animateWithTextures(
+                      frames, tuning::kFlameFrameSeconds, false, true)),
+                  "crush");
 }
 
 }  // namespace
 
 void GameScene::leftCarCrush(kit::Point point) {
-  crush(*leftSmoke, smokeAnim, point);
+  crush(*leftSmoke_, smokeAnim_, point);
 }
 
 void GameScene::rightCarCrush(kit::Point point) {
-  crush(*rightSmoke, smokeAnim, point);
+  crush(*rightSmoke_, smokeAnim_, point);
 }

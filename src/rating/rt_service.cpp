@@ -6,13 +6,12 @@
 #include <cstdio>
 #include <limits>
 
+#include "names/preference_keys.h"
+#include "names/store_link.h"
 #include "ui/view_toast.h"
 
 namespace {
 
-constexpr const char* kRatedKey = "cz_rated";
-constexpr const char* kFirstInKey = "cz_firstin";
-constexpr const char* kAppOpenedKey = "cz_appopened";
 constexpr const char* kStringsTable = "RTService";
 constexpr int64_t kSettleSeconds = 10;
 
@@ -73,11 +72,11 @@ std::string RTService::text(const std::string& key) const {
 // --- The rating prompt ---------------------------------------------------------------
 
 void RTService::loadRTed() {
-  bRt = services_.defaults.boolForKey(kRatedKey);
+  bRt = services_.defaults.boolForKey(prefkey::kRated);
 }
 
 void RTService::setRTed() {
-  services_.defaults.setBool(true, kRatedKey);
+  services_.defaults.setBool(true, prefkey::kRated);
   services_.defaults.synchronize();
   bRt = true;
 }
@@ -85,18 +84,18 @@ void RTService::setRTed() {
 bool RTService::decideShowRT(const std::shared_ptr<kit::ViewController>& vc) {
   kit::UserDefaults& defaults = services_.defaults;
   const int64_t now = services_.clock.now();
-  const int64_t first = defaults.integerForKey(kFirstInKey);
+  const int64_t first = defaults.integerForKey(prefkey::kFirstIn);
   if (first == 0) {
-    defaults.setInteger(now, kFirstInKey);
+    defaults.setInteger(now, prefkey::kFirstIn);
   } else if (saturatingSub(now, first) < kSettleSeconds) {
     return false;
   }
-  const int64_t n = defaults.integerForKey(kAppOpenedKey);
+  const int64_t n = defaults.integerForKey(prefkey::kAppOpened);
   const int64_t counted = saturatingIncrement(n);
-  defaults.setInteger(counted, kAppOpenedKey);
+  defaults.setInteger(counted, prefkey::kAppOpened);
   defaults.synchronize();
   // The rated flag is read from the preferences, not from bRt.
-  if (n >= 1 && counted < 5 && !defaults.boolForKey(kRatedKey)) {
+  if (n >= 1 && counted < 5 && !defaults.boolForKey(prefkey::kRated)) {
     showRT(vc);
     return true;
   }
@@ -127,8 +126,7 @@ void RTService::doRT() {
   const kit::Bundle& bundle = services_.bundle;
   const std::string host = v < 7.0f ? hostName(bundle.infoValue("storeWebHost"))
                                     : hostName(bundle.infoValue("storeHost"));
-  const std::string url =
-      v < 7.0f ? "https://" + host + "/us/app/" + id : "itms-apps://" + host + "/app/id" + id;
+  const std::string url = v < 7.0f ? storelink::webPage(host, id) : storelink::appPage(host, id);
   services_.log.write("rate url=" + url);
   if (host.empty()) {
     services_.log.write("The publisher config names no usable store host; no page opened");
@@ -211,7 +209,7 @@ void RTService::mailComposeControllerDidFinishWithResult(
 }
 
 std::string RTService::currentLanguage() const {
-  std::optional<kit::Value::Array> languages = services_.defaults.arrayForKey("AppleLanguages");
+  std::optional<kit::Value::Array> languages = services_.defaults.arrayForKey(prefkey::kLanguages);
   if (!languages || languages->empty())
     return {};
   return languages->front().stringValue().value_or("");

@@ -78,7 +78,7 @@ class RTService final : public kit::AlertViewDelegate,
   void mailComposeControllerDidFinishWithResult(kit::MailComposeViewController& controller,
                                                 kit::MailComposeResult result,
                                                 const std::optional<std::string>& error) override;
-  // The first preferred language ("AppleLanguages"), empty when none.
+  // The first preferred language (prefkey::kLanguages), empty when none.
   std::string currentLanguage() const;
   // 1 for simplified Chinese, else 0.
   int getCurrentLanguageType() const;

@@ -119,7 +119,7 @@ TEST_F(HostTest, TheSoundActionFlipsThePreferenceOnlyAndRateAppOpensTheStorePage
   launch();
   controller().onSound(nullptr);
   EXPECT_EQ(written("sound"), kit::Value(false));
-  EXPECT_TRUE(controller().gameScene->soundFlag);
+  EXPECT_TRUE(controller().gameScene->soundFlag());
   platform.notifications.postNotificationName("soundchange", kit::Value(false));
   controller().onShare(nullptr);
   controller().onAgain(nullptr);
@@ -135,14 +135,14 @@ TEST_F(HostTest, GoingToTheBackgroundAndBackNeitherPausesNorRestartsTheRun) {
   game->application().frameDriver().touchesBegan({*game->primaryButton()});
   frames(90);
   const auto scene = controller().gameScene;
-  ASSERT_TRUE(scene->startFlag);
-  const double lineY = scene->leftLineNode->position().y;
+  ASSERT_TRUE(scene->startFlag());
+  const double lineY = scene->leftLineNode().position().y;
   game->application().windowVisibilityChanged(false);
   frames(2);
   game->application().windowVisibilityChanged(true);
   frames(10);
-  EXPECT_TRUE(scene->startFlag || scene->overFlag);
-  EXPECT_NE(scene->leftLineNode->position().y, lineY);  // still scrolling
+  EXPECT_TRUE(scene->startFlag() || scene->overFlag());
+  EXPECT_NE(scene->leftLineNode().position().y, lineY);  // still scrolling
   EXPECT_EQ(controller().gameScene, scene);
 }
 

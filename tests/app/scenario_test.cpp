@@ -117,10 +117,10 @@ TEST_F(ScenarioTest, AFullRunPlaysCollectsCrashesAndPlaysAgain) {
     probe.runner.setSeed(11);
     probe.runner.start();
     probe.runner.setAutoplay(true);
-    while (probe.runner.frame() < 60 * 600 && !probe.runner.scene()->overFlag) {
+    while (probe.runner.frame() < 60 * 600 && !probe.runner.scene()->overFlag()) {
       probe.runner.runFrames(1);
     }
-    ASSERT_TRUE(probe.runner.scene()->overFlag);
+    ASSERT_TRUE(probe.runner.scene()->overFlag());
     end = probe.runner.frame();
   }
 
@@ -147,4 +147,52 @@ TEST_F(ScenarioTest, AFullRunPlaysCollectsCrashesAndPlaysAgain) {
   EXPECT_EQ(again["overFlag"], kit::Value(false));
   EXPECT_EQ(again["notifications"]["showad"], kit::Value(1));
   EXPECT_EQ(again["score"], kit::Value(0));
+}
+
+namespace {
+
+// The rows of the README's scenario command table: usage (backticks and the
+// table's escaped bars undone) and meaning.
+std::vector<std::pair<std::string, std::string>> readmeCommandRows() {
+  std::ifstream readme(TWINLANES_README);
+  std::vector<std::pair<std::string, std::string>> rows;
+  std::string line;
+  bool inTable = false;
+  while (std::getline(readme, line)) {
+    if (line == "| Command | Meaning |") {
+      inTable = true;
+      continue;
+    }
+    if (!inTable || line.rfind("| --- ", 0) == 0)
+      continue;
+    if (line.rfind("| `", 0) != 0)
+      break;
+    const std::size_t close = line.find("` | ");
+    std::string usage = line.substr(3, close - 3);
+    for (std::size_t bar; (bar = usage.find("\\|")) != std::string::npos;)
+      usage.erase(bar, 1);
+    std::string meaning = line.substr(close + 4);
+    meaning.erase(meaning.size() - 2);  // " |"
+    rows.emplace_back(usage, meaning);
+  }
+  return rows;
+}
+
+}  // namespace
+
+TEST_F(ScenarioTest, TheReadmeListsEveryCommandOfTheRunnersTableInOrder) {
+  std::vector<std::pair<std::string, std::string>> table;
+  for (const ScenarioRunner::Command& command : ScenarioRunner::commands())
+    table.emplace_back(command.usage, command.meaning);
+  EXPECT_EQ(readmeCommandRows(), table);
+}
+
+TEST_F(ScenarioTest, ACommandWithTheWrongWordsAnswersWithItsUsageFromTheTable) {
+  for (const ScenarioRunner::Command& command : ScenarioRunner::commands()) {
+    Session session;
+    // Eleven more words fit no command (tap takes pairs after its name).
+    EXPECT_EQ(session.run(std::string(command.name()) + " 1 2 3 4 5 6 7 8 9 10 11\n"), 2);
+    EXPECT_EQ(session.errors.str(), "test.tl:1: usage: " + std::string(command.usage) + "\n")
+        << command.name();
+  }
 }

@@ -10,30 +10,30 @@ class Flow : public GameTest {
   // Ends the run in progress by a rectangle hitting the left car, with `score`.
   void crashWithScore(int score) {
     scene->enableTimer(false);
-    scene->_score = score;
-    spawn(1, 1);
-    ASSERT_TRUE(runUntil([&] { return scene->overFlag; }, 180));
+    collect(score);
+    spawn(1, kRect);
+    ASSERT_TRUE(runUntil([&] { return scene->overFlag(); }, 180));
   }
   void untilOverScreenIsUp() {
-    ASSERT_TRUE(runUntil([&] { return scene->overLayer->alpha() == 1.0; }, 60));
+    ASSERT_TRUE(runUntil([&] { return scene->overLayer().alpha() == 1.0; }, 60));
   }
   std::filesystem::path prefsFile() const { return prefs.path() / "prefs.json"; }
 };
 
 TEST_F(Flow, PlayStartsTheRunWhenItsFadeEndsAndTheLinesScrollWithTheRoad) {
   GameScene& s = start();
-  tapButton(*s.playBtn);
+  tapButton(s.playBtn());
   frames(6);
-  EXPECT_FALSE(s.startFlag);  // the flags change only in the fade's completion
+  EXPECT_FALSE(s.startFlag());  // the flags change only in the fade's completion
   frames(1);
-  EXPECT_TRUE(s.startFlag);
-  EXPECT_NE(s._timer->fireDate(), kit::Timer::kDistantFuture);
+  EXPECT_TRUE(s.startFlag());
+  EXPECT_NE(s.timer().fireDate(), kit::Timer::kDistantFuture);
 
   frames(1);  // the scrolling starts in the next frame
   advance(1.1);
-  EXPECT_NEAR(s.leftLineNode->position().y, 568 - 284, 1e-6);
+  EXPECT_NEAR(s.leftLineNode().position().y, 568 - 284, 1e-6);
   advance(1.1);
-  EXPECT_NEAR(s.leftLineNode->position().y, 568, 1e-6);  // and jumps back
+  EXPECT_NEAR(s.leftLineNode().position().y, 568, 1e-6);  // and jumps back
 }
 
 TEST_F(Flow, GameOverFreezesTheWorldThenFadesTheScoreScreenInAndAsksForAnAdOnce) {
@@ -41,12 +41,12 @@ TEST_F(Flow, GameOverFreezesTheWorldThenFadesTheScoreScreenInAndAsksForAnAdOnce)
   play();
   advance(1.5);  // a few obstacles on their way down
   crashWithScore(3);
-  EXPECT_EQ(s._timer->fireDate(), kit::Timer::kDistantFuture);
-  for (const auto& obstacle : s.allObstacle)
+  EXPECT_EQ(s.timer().fireDate(), kit::Timer::kDistantFuture);
+  for (const auto& obstacle : s.allObstacle())
     EXPECT_FALSE(obstacle->hasActions());
-  EXPECT_FALSE(s.leftLineNode->hasActions());
+  EXPECT_FALSE(s.leftLineNode().hasActions());
   untilOverScreenIsUp();
-  EXPECT_EQ(s.overScoreNode->text(), "3");
+  EXPECT_EQ(s.overScoreNode().text(), "3");
   advance(3);
   EXPECT_EQ(platform.notifications.postCount("showad"), 1u);
 }
@@ -55,23 +55,23 @@ TEST_F(Flow, TheScoreScreenIgnoresTapsUntilOpaqueThenPlayAgainStartsAFreshRun) {
   GameScene& s = start();
   play();
   s.enableTimer(false);
-  auto rect = spawn(2, 1);  // the left car swerves into it, caught between roads
+  auto rect = spawn(2, kRect);  // the left car swerves into it, caught between roads
   ASSERT_TRUE(runUntil([&] { return rect->position().y < 120; }, 180));
   tap(100, 100);
-  ASSERT_TRUE(runUntil([&] { return s.overFlag; }, 10));
-  EXPECT_TRUE(s.leftCar->position().x > 40 && s.leftCar->position().x < 120);
+  ASSERT_TRUE(runUntil([&] { return s.overFlag(); }, 10));
+  EXPECT_TRUE(s.leftCar().position().x > 40 && s.leftCar().position().x < 120);
 
-  tapButton(*s.againBtn);
+  tapButton(s.againBtn());
   advance(0.5);
-  EXPECT_FALSE(s.startFlag);
+  EXPECT_FALSE(s.startFlag());
   untilOverScreenIsUp();
-  tapButton(*s.againBtn);
+  tapButton(s.againBtn());
   frames(7);
-  EXPECT_TRUE(s.startFlag && !s.overFlag && s.obstacleLayer->children().empty());
-  EXPECT_EQ(s.leftCar->position(), (kit::Point{40, 92}));
-  EXPECT_EQ(s.leftCar->carpos() + s.leftCar->zRotation(), 0);
-  EXPECT_TRUE(s.leftSmoke->hidden() && !s.leftSmoke->hasActions());
-  EXPECT_EQ(s.scoreNode->text(), "0");
+  EXPECT_TRUE(s.startFlag() && !s.overFlag() && s.obstacleLayer().children().empty());
+  EXPECT_EQ(s.leftCar().position(), (kit::Point{40, 92}));
+  EXPECT_EQ(s.leftCar().carpos() + s.leftCar().zRotation(), 0);
+  EXPECT_TRUE(s.leftSmoke().hidden() && !s.leftSmoke().hasActions());
+  EXPECT_EQ(s.scoreNode().text(), "0");
 }
 
 TEST_F(Flow, OnlyAScoreAboveTheBestIsARecordAndOnlyARecordIsWritten) {
@@ -81,7 +81,7 @@ TEST_F(Flow, OnlyAScoreAboveTheBestIsARecordAndOnlyARecordIsWritten) {
     start();
     play();
     crashWithScore(score);
-    EXPECT_EQ(scene->overBestNode->text(), score > 5 ? "新记录" : "记 录 : 5") << score;
+    EXPECT_EQ(scene->overBestNode().text(), score > 5 ? "新记录" : "记 录 : 5") << score;
     // A record is synchronised at once; anything else writes nothing.
     kit::CapturingLog log;
     EXPECT_EQ(kit::UserDefaults(prefs.path(), log).integerForKey("best"), score > 5 ? 6 : 0);
@@ -92,14 +92,13 @@ TEST_F(Flow, TwoGameOversInOneFrameCountAsOne) {
   GameScene& s = start();
   play();
   s.enableTimer(false);
-  auto circle = spawn(2, 0);
-  s._score = 3;
+  auto circle = spawn(2, kCircle);
+  collect(3);
   s.gameOver({40, 100}, 0, nullptr);  // a crash ...
-  s._score = 7;
-  s.gameOver({0, 0}, 1, circle);  // ... and a let-through in the same frame
+  s.gameOver({0, 0}, 1, circle);      // ... and a let-through in the same frame
   EXPECT_EQ(platform.defaults.integerForKey("best"), 3);
-  EXPECT_EQ(s.overScoreNode->text(), "3");
-  EXPECT_EQ(s.leftSmoke->position(), (kit::Point{40, 100}));
+  EXPECT_EQ(s.overScoreNode().text(), "3");
+  EXPECT_EQ(s.leftSmoke().position(), (kit::Point{40, 100}));
   EXPECT_FALSE(circle->hasActions());  // no blink
   advance(2);
   EXPECT_EQ(platform.notifications.postCount("showad"), 1u);
@@ -107,16 +106,16 @@ TEST_F(Flow, TwoGameOversInOneFrameCountAsOne) {
 
 TEST_F(Flow, TwoQuickPlayTapsStartTwoRunsAndTheLinesScrollTwiceAsFast) {
   GameScene& s = start();
-  tapButton(*s.playBtn);
+  tapButton(s.playBtn());
   frames(2);
-  tapButton(*s.playBtn);
+  tapButton(s.playBtn());
   frames(7);  // both fades have ended, the second newGame two frames after the first
-  ASSERT_EQ(s.leftLineNode->actionCount(), 2u);
+  ASSERT_EQ(s.leftLineNode().actionCount(), 2u);
   s.enableTimer(false);
   advance(1.1);
   // The first scroll ran one frame before the line was put back, the second
   // started a frame later: 66 + 65 frames of movement, about a whole height.
-  EXPECT_NEAR(s.leftLineNode->position().y, 568 - 131 * (568 / 2.2 / 60), 1e-6);
+  EXPECT_NEAR(s.leftLineNode().position().y, 568 - 131 * (568 / 2.2 / 60), 1e-6);
 }
 
 TEST_F(Flow, TheBuiltInPlayerPlaysSeededGamesRunAfterRunPressingPlayAgainOnlyWhenItIsUp) {
@@ -125,13 +124,13 @@ TEST_F(Flow, TheBuiltInPlayerPlaysSeededGamesRunAfterRunPressingPlayAgainOnlyWhe
   bool wasOver = false;
   for (int i = 0; i < 60 * 120; ++i) {
     auto t = Autoplayer().touchesFor(s);
-    EXPECT_TRUE(!s.overFlag || t.empty() || s.overLayer->alpha() == 1.0);
+    EXPECT_TRUE(!s.overFlag() || t.empty() || s.overLayer().alpha() == 1.0);
     if (!t.empty())
       tap(t);
     frames(1);
-    runs += s.overFlag && !wasOver;
-    wasOver = s.overFlag;
-    best = std::max(best, s._score);
+    runs += s.overFlag() && !wasOver;
+    wasOver = s.overFlag();
+    best = std::max(best, s.score());
   }
   EXPECT_GE(runs, 2);
   EXPECT_GE(best, 10);

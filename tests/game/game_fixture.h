@@ -13,6 +13,7 @@
 #include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/scene/frame_driver.h"
+#include "names/launch_defaults.h"
 
 // Drives a GameScene on headless services at exactly 60 frames per second
 // (frame k at k * 10^9 / 60 ns), with preferences in a private folder.
@@ -25,7 +26,7 @@ class GameTest : public ::testing::Test {
   // scene (with a fixed seed, so every test is reproducible).
   GameScene& start(kit::Size size = kPhone, bool pad = false, unsigned seed = 1) {
     platform.device.userInterfaceIdiom = pad ? kit::Device::Idiom::Pad : kit::Device::Idiom::Phone;
-    platform.defaults.registerDefaults({{"best", 0}, {"first", true}, {"sound", true}, {"cnt", 0}});
+    registerDefaultPreferences(platform.defaults);
     scene = GameScene::sceneWithSize(size, platform.services(), seed);
     driver.presentScene(scene);
     return *scene;
@@ -54,20 +55,33 @@ class GameTest : public ::testing::Test {
 
   // Presses play and lets the 0.1 s fade end, so that the run has begun.
   void play() {
-    tapButton(*scene->playBtn);
+    tapButton(scene->playBtn());
     frames(7);
-    ASSERT_TRUE(scene->startFlag);
+    ASSERT_TRUE(scene->startFlag());
   }
 
+  static constexpr ObstacleKind kCircle = ObstacleKind::Circle;
+  static constexpr ObstacleKind kRect = ObstacleKind::Rectangle;
+
   // Spawns in `road` with rand() seeded so that the spawn's first draw gives
-  // `kind` (0 circle, 1 rectangle): the seed is searched for, not guessed.
-  std::shared_ptr<Obstacle> spawn(int road, int kind) {
+  // `kind`: the seed is searched for, not guessed.
+  std::shared_ptr<Obstacle> spawn(int road, ObstacleKind kind) {
     unsigned seed = 1;
-    for (std::srand(seed); std::rand() % 2 != kind; std::srand(++seed)) {
+    for (std::srand(seed); std::rand() % 2 != static_cast<int>(kind); std::srand(++seed)) {
     }
     std::srand(seed);
     scene->addObstacleInRoadIdx(road);
-    return scene->allObstacle.back();
+    return scene->allObstacle().back();
+  }
+
+  // Scores `count` points at once: that many circles dropped onto the left
+  // car, collected within a frame or two.
+  void collect(int count) {
+    const int target = scene->score() + count;
+    const int road = scene->leftCar().carpos() + 1;
+    for (int i = 0; i < count; ++i)
+      spawn(road, kCircle)->setPosition(scene->leftCar().position());
+    ASSERT_TRUE(runUntil([&] { return scene->score() == target; }, 5));
   }
 
   kit::TempDir prefs{"twinlanes-game-test"};

@@ -12,13 +12,13 @@ using Spawning = GameTest;
 TEST_F(Spawning, EachRoadFirstSpawnsTenToNineteenTicksAfterNewGameOnTheTimerGrid) {
   for (unsigned seed : {1u, 2u, 3u}) {
     GameScene& s = start(kPhone, false, seed);
-    tapButton(*s.playBtn);
-    ASSERT_TRUE(runUntil([&] { return s.startFlag; }));
+    tapButton(s.playBtn());
+    ASSERT_TRUE(runUntil([&] { return s.startFlag(); }));
     const int64_t newGameFrame = frame - 1;
-    const std::array<int, 4> next = {s.nexttick1, s.nexttick2, s.nexttick3, s.nexttick4};
+    const std::array<int, 4> next = {s.nexttick(1), s.nexttick(2), s.nexttick(3), s.nexttick(4)};
     std::array<int64_t, 4> first = {};
     for (frames(1); frame < newGameFrame + 6 * 20; frames(1)) {
-      const bool spawned[] = {!!s.lastnode1, !!s.lastnode2, !!s.lastnode3, !!s.lastnode4};
+      const bool spawned[] = {!!s.lastnode(1), !!s.lastnode(2), !!s.lastnode(3), !!s.lastnode(4)};
       for (int road = 0; road < 4; ++road)
         first[road] = first[road] ? first[road] : (spawned[road] ? frame - 1 : 0);
     }
@@ -37,24 +37,24 @@ TEST_F(Spawning, NoTwoRectanglesSideBySideInOneCarsRoads) {
   for (auto [first, second] :
        {std::pair{2, 1}, std::pair{1, 2}, std::pair{4, 3}, std::pair{3, 4}}) {
     s.newGame();
-    spawn(first, 1);
-    const auto swapped = spawn(second, 1);
-    EXPECT_EQ(swapped->type(), 0) << "road " << second;
+    spawn(first, kRect);
+    const auto swapped = spawn(second, kRect);
+    EXPECT_EQ(swapped->type(), kCircle) << "road " << second;
     EXPECT_EQ(swapped->physicsBody()->shape(), kit::PhysicsBody::Shape::Circle);
   }
   // It stands beside a circle, and across the middle.
   s.newGame();
-  spawn(2, 0);
-  EXPECT_EQ(spawn(1, 1)->type(), 1);
+  spawn(2, kCircle);
+  EXPECT_EQ(spawn(1, kRect)->type(), kRect);
   s.newGame();
-  spawn(3, 1);
-  EXPECT_EQ(spawn(2, 1)->type(), 1);
+  spawn(3, kRect);
+  EXPECT_EQ(spawn(2, kRect)->type(), kRect);
   // "Fresh" means a gap from the top edge below 1.8 car heights.
   for (double margin : {-0.01, 0.01}) {
     s.newGame();
-    auto partner = spawn(2, 1);
+    auto partner = spawn(2, kRect);
     partner->setPosition({120, 568 + partner->size().height - 42 * 1.8 + margin});
-    EXPECT_EQ(spawn(1, 1)->type(), margin < 0 ? 1 : 0) << "margin " << margin;
+    EXPECT_EQ(spawn(1, kRect)->type(), margin < 0 ? kRect : kCircle) << "margin " << margin;
   }
 }
 
@@ -62,18 +62,19 @@ TEST_F(Spawning, TagsFollowTheCarBelowTenPointsAndTakeAnotherDrawFromTen) {
   GameScene& s = start();
   for (int road = 1; road <= 4; ++road) {
     s.newGame();
-    EXPECT_EQ(spawn(road, 1)->cr(), road <= 2 ? 0 : 1);
+    EXPECT_EQ(spawn(road, kRect)->cr(), road <= 2 ? 0 : 1);
   }
   for (int score : {9, 10}) {
+    s.newGame();
+    s.enableTimer(false);
+    collect(score);
     for (unsigned seed = 1; seed <= 40; ++seed) {
-      s.newGame();
-      s._score = score;
       std::srand(seed);
       const int kind = std::rand() % 2, second = std::rand(), third = std::rand();
       std::srand(seed);
       s.addObstacleInRoadIdx(3);
-      EXPECT_EQ(s.allObstacle.back()->type(), kind);
-      EXPECT_EQ(s.allObstacle.back()->cr(), score > 9 ? second % 2 : 1);
+      EXPECT_EQ(static_cast<int>(s.allObstacle().back()->type()), kind);
+      EXPECT_EQ(s.allObstacle().back()->cr(), score > 9 ? second % 2 : 1);
       EXPECT_EQ(std::rand(), score > 9 ? third : second);  // draws consumed
     }
   }
@@ -83,14 +84,14 @@ TEST_F(Spawning, ACircleLetPastTheCarsEndsTheRunWhileStillOnScreenAndBlinks) {
   GameScene& s = start();
   play();
   s.enableTimer(false);
-  auto circle = spawn(2, 0);  // the left car stays in road 1
-  const double carY = s.leftCar->position().y, ch = s.leftCar->size().height;
+  auto circle = spawn(2, kCircle);  // the left car stays in road 1
+  const double carY = s.leftCar().position().y, ch = s.leftCar().size().height;
   for (;;) {
     const double h = circle->size().height;
     const double m = circle->position().y + h * 0.5 + ch * 0.5 + h * 0.1;
     frames(1);
-    ASSERT_EQ(s.overFlag, m < carY) << "circle at y " << circle->position().y;
-    if (s.overFlag)
+    ASSERT_EQ(s.overFlag(), m < carY) << "circle at y " << circle->position().y;
+    if (s.overFlag())
       break;
   }
   EXPECT_GT(circle->position().y, 0);  // the cars' line, not the screen's edge
@@ -101,5 +102,5 @@ TEST_F(Spawning, ACircleLetPastTheCarsEndsTheRunWhileStillOnScreenAndBlinks) {
     lowest = std::min(lowest, circle->alpha());
   EXPECT_NEAR(lowest, 0.4, 0.05);
   EXPECT_EQ(circle->alpha(), 1.0);
-  EXPECT_TRUE(s.leftSmoke->hidden() && s.rightSmoke->hidden());
+  EXPECT_TRUE(s.leftSmoke().hidden() && s.rightSmoke().hidden());
 }

@@ -11,8 +11,8 @@ class Steering : public GameTest {
     play();
     scene->enableTimer(false);  // nothing falls in the way
   }
-  const Car& left() const { return *scene->leftCar; }
-  const Car& right() const { return *scene->rightCar; }
+  const Car& left() const { return scene->leftCar(); }
+  const Car& right() const { return scene->rightCar(); }
 };
 
 TEST_F(Steering, ATapMovesItsHalfsCarOneRoadInATenthOfASecondAndASecondTapBringsItBack) {
@@ -61,10 +61,10 @@ TEST_F(HomeTaps, TapsOffTheButtonsNeverMoveACarButTheInvisibleHelpButtonStarts) 
   GameScene& s = start();
   tap({{40, 50}, {300, 50}});
   advance(1);
-  EXPECT_FALSE(s.startFlag);
-  EXPECT_EQ(s.leftCar->position().x, 40);
-  EXPECT_EQ(s.rightCar->position().x, 280);
-  tapButton(*s.helpPlayBtn);  // alpha 0, yet hit-tested all the same
+  EXPECT_FALSE(s.startFlag());
+  EXPECT_EQ(s.leftCar().position().x, 40);
+  EXPECT_EQ(s.rightCar().position().x, 280);
+  tapButton(s.helpPlayBtn());  // alpha 0, yet hit-tested all the same
   frames(7);
-  EXPECT_TRUE(s.startFlag);
+  EXPECT_TRUE(s.startFlag());
 }
