@@ -34,10 +34,10 @@ struct Game {
     options.application.windowScale = 2;
     options.seed = 11;
     app = std::make_unique<GameApplication>(options, host, platform.services());
-    std::string error;
-    ok = app->launch(&error);
+    const kit::Status launched = app->launch();
+    ok = launched.ok();
     if (!ok)
-      message = error;
+      message = launched.error();
   }
   void frames(int n) {
     for (int i = 0; i < n; ++i) {

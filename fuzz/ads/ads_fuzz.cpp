@@ -7,15 +7,14 @@
 #include <string_view>
 #include <vector>
 
+#include "ads/store_lookup_reply.h"
 #include "adsdk/ad_manifest.h"
-#include "kit/foundation/json.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(data), size);
 
-  std::string error;
   std::vector<std::string> warnings;
-  if (auto manifest = AdManifest::parse(text, &error, &warnings)) {
+  if (auto manifest = AdManifest::parse(text, &warnings)) {
     for (AdFormat format : {AdFormat::Banner, AdFormat::Interstitial}) {
       const auto& entries = manifest->entries(format);
       if (entries.size() > AdManifest::kMaxEntries)
@@ -33,9 +32,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
 
   // The version lookup reads results[0].version from the same kind of text.
-  if (auto reply = kit::parseJson(text)) {
-    if (const auto* results = (*reply)["results"].ifArray(); results && !results->empty())
-      (void)results->front()["version"].ifString();
-  }
+  (void)storeVersionFromReply(text);
   return 0;
 }

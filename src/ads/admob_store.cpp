@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "ads/admob_view_controller.h"
-#include "kit/foundation/json.h"
+#include "ads/store_lookup_reply.h"
 #include "kit/ui/alert_view.h"
 #include "names/preference_keys.h"
 #include "names/store_link.h"
@@ -97,14 +97,7 @@ bool AdmobViewController::onCheckVersion() {
   const kit::HttpResponse response = services.http.get(request);
   if (!response.ok || response.body.empty())
     return false;
-
-  const std::optional<kit::Value> reply = kit::parseJson(response.body);
-  if (!reply)
-    return false;
-  const kit::Value::Array* results = (*reply)["results"].ifArray();
-  if (!results || results->empty())
-    return false;
-  const std::string* version = results->front()["version"].ifString();
+  const std::optional<std::string> version = storeVersionFromReply(response.body);
   return version && version->compare(local) > 0;
 }
 

@@ -75,27 +75,18 @@ class AdmobViewController final : public kit::ViewController,
   AdmobViewController(Token, Environment environment);
   ~AdmobViewController() override;
 
-  // --- Fields, in declaration order ----------------------------------------------
-  int32_t app_id = 0;      // the app's store identifier
-  int appType = 0;         // declared, never used
-  int32_t openTimes = 0;   // launches so far, this one included
-  long firstOpenTime = 0;  // the first launch, seconds since 1970
-  std::string banner_id;
-  std::string interstitial_id;
-  std::string baidu_appid;                              // declared, never set
-  std::shared_ptr<GADBannerView> adBanner;              // made by the first placement
-  std::shared_ptr<GADInterstitial> interstitial_timer;  // declared, never made; only cleared
-  std::shared_ptr<GADInterstitial> interstitial_round;  // the preloaded interstitial
-  float adWeight = 0;                                   // the banner's width (the name is historic)
-  float adHeight = 0;
-  float widthScreen = 0;
-  float heightScreen = 0;
-  float scaleScreen = 0;
-  int deviceType = 0;  // declared, never written
-  std::string supportMail;
-  std::shared_ptr<kit::View> landscapeView;  // set to nil in init, not otherwise used
-  long lastShowInerstitialAd = 0;            // the last interstitial shown, seconds since 1970
-  bool bInApp = false;                       // YES would stop every interstitial; nothing sets it
+  // --- State, read-only ------------------------------------------------------------
+  int32_t launchCount() const { return openTimes; }       // this launch included
+  long firstLaunchTime() const { return firstOpenTime; }  // seconds since 1970
+  const std::string& bannerUnitId() const { return banner_id; }
+  // Made by the first placement; null before.
+  const std::shared_ptr<GADBannerView>& banner() const { return adBanner; }
+  // The preloaded interstitial.
+  const std::shared_ptr<GADInterstitial>& roundInterstitial() const { return interstitial_round; }
+  // The banner's size as the first placement stored it.
+  kit::Size bannerSize() const { return {adWeight, adHeight}; }
+  // The last interstitial shown, seconds since 1970; 0 for none.
+  long lastInterstitialShownAt() const { return lastShowInerstitialAd; }
 
   // --- Properties --------------------------------------------------------------------
   // Declared; the controller itself never uses it.
@@ -200,6 +191,28 @@ class AdmobViewController final : public kit::ViewController,
   std::weak_ptr<AdmobViewController> weakSelf();
   // A new banner view of width × height in adBanner, asking for its ad.
   void makeBanner(float width, float height);
+
+  // The controller's fields, in declaration order.
+  int32_t app_id = 0;      // the app's store identifier
+  int appType = 0;         // declared, never used
+  int32_t openTimes = 0;   // launches so far, this one included
+  long firstOpenTime = 0;  // the first launch, seconds since 1970
+  std::string banner_id;
+  std::string interstitial_id;
+  std::string baidu_appid;                              // declared, never set
+  std::shared_ptr<GADBannerView> adBanner;              // made by the first placement
+  std::shared_ptr<GADInterstitial> interstitial_timer;  // declared, never made; only cleared
+  std::shared_ptr<GADInterstitial> interstitial_round;  // the preloaded interstitial
+  float adWeight = 0;                                   // the banner's width (the name is historic)
+  float adHeight = 0;
+  float widthScreen = 0;
+  float heightScreen = 0;
+  float scaleScreen = 0;
+  int deviceType = 0;  // declared, never written
+  std::string supportMail;
+  std::shared_ptr<kit::View> landscapeView;  // set to nil in init, not otherwise used
+  long lastShowInerstitialAd = 0;            // the last interstitial shown, seconds since 1970
+  bool bInApp = false;                       // YES would stop every interstitial; nothing sets it
 
   std::shared_ptr<kit::ViewController> _rootViewController;
   int _landscape = 0;

@@ -121,14 +121,13 @@ void readEntries(const kit::Value& list, std::string_view key, std::vector<AdMan
 
 }  // namespace
 
-std::optional<AdManifest> AdManifest::parse(std::string_view json, std::string* error,
-                                            std::vector<std::string>* warnings) {
+kit::Result<AdManifest> AdManifest::parse(std::string_view json,
+                                          std::vector<std::string>* warnings) {
   const std::optional<kit::Value> document = kit::parseJson(json, 16);
-  if (!document || !document->ifDictionary()) {
-    if (error)
-      *error = document ? "the ad manifest is not a JSON object" : "the ad manifest is not JSON";
-    return std::nullopt;
-  }
+  if (!document)
+    return kit::Error{"the ad manifest is not JSON"};
+  if (!document->ifDictionary())
+    return kit::Error{"the ad manifest is not a JSON object"};
   AdManifest manifest;
   readEntries((*document)["banners"], "banners", manifest.banners, warnings);
   readEntries((*document)["interstitials"], "interstitials", manifest.interstitials, warnings);

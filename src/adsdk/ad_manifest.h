@@ -7,6 +7,7 @@
 
 #include "adsdk/ad_network.h"
 #include "kit/foundation/geometry.h"
+#include "kit/foundation/result.h"
 
 // The list of house ads a network can show, read from a JSON document:
 //
@@ -44,11 +45,11 @@ struct AdManifest {
     return format == AdFormat::Banner ? banners : interstitials;
   }
 
-  // Reads a manifest. Text that is not a JSON object is refused (nullopt,
-  // with the reason in `error`); an entry with a missing or bad field is left
-  // out, with one line saying why added to `warnings` when given.
-  static std::optional<AdManifest> parse(std::string_view json, std::string* error,
-                                         std::vector<std::string>* warnings = nullptr);
+  // Reads a manifest. Text that is not a JSON object is refused with the
+  // reason; an entry with a missing or bad field is left out, with one line
+  // saying why added to `warnings` when given.
+  static kit::Result<AdManifest> parse(std::string_view json,
+                                       std::vector<std::string>* warnings = nullptr);
 
   // Whether `file` is a path a manifest may name.
   static bool isSafeFile(std::string_view file);

@@ -92,10 +92,9 @@ AdAnswer loadCreative(CreativeSource& source, const AdSlot& slot, size_t sequenc
   const std::optional<std::string> text = source.manifest(answer);
   if (!text)
     return answer;
-  std::string why;
-  const std::optional<AdManifest> manifest = AdManifest::parse(*text, &why, &warnings);
+  const kit::Result<AdManifest> manifest = AdManifest::parse(*text, &warnings);
   if (!manifest)
-    return failure(source.brokenContentCode(), why);
+    return failure(source.brokenContentCode(), manifest.error());
   const std::vector<AdManifest::Entry>& entries = manifest->entries(slot.format);
   if (entries.empty())
     return failure(GADErrorCode::NoFill, slot.format == AdFormat::Banner
@@ -111,6 +110,7 @@ AdAnswer loadCreative(CreativeSource& source, const AdSlot& slot, size_t sequenc
   const double fit =
       std::min(slot.size.width / picture.size.width, slot.size.height / picture.size.height);
   const kit::Size drawn{picture.size.width * fit, picture.size.height * fit};
+  std::string why;
   std::optional<kit::Image> image = decodePicture(*bytes, drawn, slot.scale, &why);
   if (!image)
     return failure(source.brokenContentCode(),

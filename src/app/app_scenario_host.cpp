@@ -23,10 +23,9 @@ void AppScenarioHost::start(kit::Size viewSize, std::optional<unsigned> seed) {
   options.application.windowScale = options_.windowScale;
   options.seed = seed;
   game_ = std::make_unique<GameApplication>(options, host_, services_);
-  std::string error;
-  if (!game_->launch(&error)) {
+  if (const kit::Status launched = game_->launch(); !launched) {
     game_.reset();
-    throw ScriptError(error);
+    throw ScriptError(launched.error());
   }
 }
 
@@ -56,13 +55,13 @@ void AppScenarioHost::end() {
   game_.reset();
 }
 
-bool AppScenarioHost::screenshot(const std::string& file, std::string* error) {
-  if (!game_ || !game_->application().hasWindow()) {
-    if (error)
-      *error = "screenshots need a window: run without --headless";
-    return false;
-  }
-  return game_->application().saveScreenshot(file, error);
+kit::Status AppScenarioHost::screenshot(const std::string& file) {
+  if (!game_ || !game_->application().hasWindow())
+    return kit::Error{"screenshots need a window: run without --headless"};
+  std::string error;
+  if (!game_->application().saveScreenshot(file, &error))
+    return kit::Error{error};
+  return {};
 }
 
 namespace {

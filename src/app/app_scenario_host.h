@@ -36,7 +36,7 @@ class AppScenarioHost final : public ScenarioHost {
 
   // Saves what the window shows now; false with a reason when there is no
   // window (headless) or the file cannot be written.
-  bool screenshot(const std::string& file, std::string* error) override;
+  kit::Status screenshot(const std::string& file) override;
   // "window": its size in points and its scale (pixels per point); "views":
   // the visible views drawn above the sprite view, each with its class,
   // frame (window points) and alpha. Nothing before start.

@@ -198,9 +198,8 @@ int runGame(const Flags& flags) {
     GameAds& ads;
     ~StopAdsFirst() { ads.stop(); }
   } stopAdsFirst{ads};
-  std::string error;
-  if (!game.launch(&error)) {
-    std::cerr << "twinlanes: " << error << '\n';
+  if (const kit::Status launched = game.launch(); !launched) {
+    std::cerr << "twinlanes: " << launched.error() << '\n';
     return 1;
   }
   // Nothing in the game shows the progress overlay; this lets a person see it.
@@ -210,6 +209,7 @@ int runGame(const Flags& flags) {
         runProgressDemo(game.application().window(), game.application().services().runLoop);
   }
   const int status = game.run(flags.frames);
+  std::string error;
   if (!flags.screenshot.empty() && !game.application().saveScreenshot(flags.screenshot, &error)) {
     std::cerr << "twinlanes: " << error << '\n';
     return 1;

@@ -64,9 +64,9 @@ void GameAds::tryShowInterstitial(ViewController& controller, bool ignoreTimeInt
 
 bool GameAds::closeInterstitial() {
   auto ads = network_ ? AdmobViewController::shareAdmobVC() : nullptr;
-  if (!ads || !ads->interstitial_round || !ads->interstitial_round->isPresented())
+  if (!ads || !ads->roundInterstitial() || !ads->roundInterstitial()->isPresented())
     return false;
-  ads->interstitial_round->close();
+  ads->roundInterstitial()->close();
   return true;
 }
 
@@ -75,7 +75,7 @@ kit::Value GameAds::describe() const {
   if (!ads)
     return {};
   kit::Value banner;
-  if (const auto& view = ads->adBanner) {
+  if (const auto& view = ads->banner()) {
     const kit::Rect frame = view->superview()
                                 ? view->superview()->convertRectToView(view->frame(), nullptr)
                                 : view->frame();
@@ -86,7 +86,7 @@ kit::Value GameAds::describe() const {
         {"loaded", view->creative().has_value()},
         {"creative", view->creative() ? kit::Value(view->creative()->name) : kit::Value()}};
   }
-  const auto& round = ads->interstitial_round;
+  const auto& round = ads->roundInterstitial();
   return kit::Value::Dictionary{
       {"banner", banner},
       {"interstitial",
@@ -96,7 +96,7 @@ kit::Value GameAds::describe() const {
            {"creative",
             round && round->creative() ? kit::Value(round->creative()->name) : kit::Value()},
            {"shows", network_->impressions(AdFormat::Interstitial)},
-           {"lastShowInerstitialAd", ads->lastShowInerstitialAd}}},
-      {"openTimes", ads->openTimes},
-      {"firstOpenTime", ads->firstOpenTime}};
+           {"lastShowInerstitialAd", ads->lastInterstitialShownAt()}}},
+      {"openTimes", ads->launchCount()},
+      {"firstOpenTime", ads->firstLaunchTime()}};
 }

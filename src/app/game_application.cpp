@@ -32,8 +32,11 @@ void GameApplication::wire(const Options& options, HostServices& host,
   });
 }
 
-bool GameApplication::launch(std::string* error) {
-  return application_->launch(error);
+kit::Status GameApplication::launch() {
+  std::string error;
+  if (!application_->launch(&error))
+    return kit::Error{error};
+  return {};
 }
 
 int GameApplication::run(std::optional<uint64_t> frameLimit) {

@@ -9,6 +9,7 @@
 #include "app/host_services.h"
 #include "app/view_controller.h"
 #include "game/autoplayer.h"
+#include "kit/foundation/result.h"
 #include "kit/render/application.h"
 
 // The game as an application: a kit::Application whose layout's
@@ -30,8 +31,8 @@ class GameApplication {
   // With borrowed services (scripted runs on a manual clock).
   GameApplication(Options options, HostServices& host, const kit::Services& services);
 
-  // See kit::Application::launch.
-  bool launch(std::string* error);
+  // See kit::Application::launch; the error says why it could not.
+  [[nodiscard]] kit::Status launch();
   // The main loop; see kit::Application::run.
   int run(std::optional<uint64_t> frameLimit = std::nullopt);
 

@@ -6,6 +6,7 @@
 
 #include "game/game_scene.h"
 #include "kit/foundation/geometry.h"
+#include "kit/foundation/result.h"
 #include "kit/foundation/services.h"
 #include "kit/foundation/value.h"
 #include "kit/scene/frame_driver.h"
@@ -35,11 +36,9 @@ class ScenarioHost {
   virtual void frameDidRun() {}
   // Saves what the host shows now as a PNG. False with the reason when it
   // cannot; a host without a window never can.
-  virtual bool screenshot(const std::string& file, std::string* error) {
+  [[nodiscard]] virtual kit::Status screenshot(const std::string& file) {
     (void)file;
-    if (error)
-      *error = "screenshots need a window (run without --headless)";
-    return false;
+    return kit::Error{"screenshots need a window (run without --headless)"};
   }
   // What the host adds to a dump (a window host: "window" and "views");
   // nothing by default.

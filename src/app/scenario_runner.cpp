@@ -207,9 +207,8 @@ void ScenarioRunner::commandPref(const Words& w, std::string_view usage) {
 void ScenarioRunner::commandScreenshot(const Words& w, std::string_view usage) {
   expectCount(w, 2, usage);
   startedScene("screenshot");
-  std::string error;
-  if (!host_->screenshot(std::string(w[1]), &error))
-    throw ScriptError(error);
+  if (const kit::Status saved = host_->screenshot(std::string(w[1])); !saved)
+    throw ScriptError(saved.error());
 }
 
 void ScenarioRunner::commandAdnet(const Words& w, std::string_view usage) {

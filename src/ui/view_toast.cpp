@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "kit/foundation/strings.h"
 #include "kit/ui/activity_indicator_view.h"
 #include "kit/ui/animation_options.h"
 #include "kit/ui/image_view.h"
@@ -47,14 +48,6 @@ kit::Log* gToastLog = nullptr;
 kit::Log& toastLog() {
   static kit::StderrLog stderrLog;
   return gToastLog ? *gToastLog : stderrLog;
-}
-
-// ASCII folding only: the three words are ASCII, and the folding must not
-// depend on the process locale.
-bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-  auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
-                                            [&](char x, char y) { return fold(x) == fold(y); });
 }
 
 void styleAsPanel(kit::View& panel) {
@@ -204,13 +197,13 @@ kit::Point centerPointForPosition(const kit::View& view, const ToastPosition& po
   const kit::Size host = view.bounds().size;
   const double toastHeight = toast.frame().size.height;
   if (const std::string* word = position.word()) {
-    if (equalsIgnoringCase(*word, "top")) {
+    if (kit::equalsIgnoringCase(*word, "top")) {
       return {host.width / 2, toastHeight / 2 + kEdgeDistance};
     }
-    if (equalsIgnoringCase(*word, "bottom")) {
+    if (kit::equalsIgnoringCase(*word, "bottom")) {
       return {host.width / 2, host.height - toastHeight / 2 - kEdgeDistance};
     }
-    if (equalsIgnoringCase(*word, "center")) {
+    if (kit::equalsIgnoringCase(*word, "center")) {
       return {host.width / 2, host.height / 2};
     }
   } else if (const kit::Point* point = position.point()) {

@@ -21,7 +21,7 @@ TEST_F(AdmobCountersTest, LaunchesStoreTheFirstTimeTheCountAndTheAdUnitsAsText) 
   launchAt(86400 * 3);
   EXPECT_EQ(pref("first-down-load"), std::to_string(kInstallTime));
   EXPECT_EQ(pref("app-open-times"), "2");
-  EXPECT_EQ(ads().banner_id, "ca-app-pub-0000000000000001/0000000001") << "stored units win";
+  EXPECT_EQ(ads().bannerUnitId(), "ca-app-pub-0000000000000001/0000000001") << "stored units win";
 }
 
 TEST_F(AdmobCountersTest, ACounterReadStoresItsDefaultAndOddTextReadsAsANumberOrZero) {

@@ -7,29 +7,29 @@ namespace {
 using ::testing::ElementsAre;
 
 TEST_F(AdmobViewControllerTest, BannerSizeIsThePhoneOrPadDefaultUntilTheFirstPlacementFixesIt) {
-  EXPECT_EQ(ads().adWeight, 320);
-  EXPECT_EQ(ads().adHeight, 50);
+  EXPECT_EQ(ads().bannerSize().width, 320);
+  EXPECT_EQ(ads().bannerSize().height, 50);
   auto host = std::make_shared<kit::View>(kit::Rect{{0, 518}, {320, 50}});
   ads().show_admob_banner(0, 0, 300, 40, host);
-  EXPECT_EQ(ads().adBanner->frame(), (kit::Rect{{0, 0}, {300, 40}}));
+  EXPECT_EQ(ads().banner()->frame(), (kit::Rect{{0, 0}, {300, 40}}));
   ads().show_admob_banner(10, 5, 200, 30, host);
-  EXPECT_EQ(ads().adBanner->frame(), (kit::Rect{{10, 5}, {200, 30}}));
-  EXPECT_EQ(ads().adWeight, 300);  // only the first placement stores the size
-  EXPECT_EQ(ads().adHeight, 40);
+  EXPECT_EQ(ads().banner()->frame(), (kit::Rect{{10, 5}, {200, 30}}));
+  EXPECT_EQ(ads().bannerSize().width, 300);  // only the first placement stores the size
+  EXPECT_EQ(ads().bannerSize().height, 40);
 
   launchAt(10, {.idiom = kit::Device::Idiom::Pad});
-  EXPECT_EQ(ads().adWeight, 768);
-  EXPECT_EQ(ads().adHeight, 90);
+  EXPECT_EQ(ads().bannerSize().width, 768);
+  EXPECT_EQ(ads().bannerSize().height, 90);
 }
 
 TEST_F(AdmobViewControllerTest, ACentredBannerNeverStartsAtANegativeOrigin) {
   auto wide = std::make_shared<kit::View>(kit::Rect{{0, 0}, {400, 100}});
   ads().show_admob_banner(wide);
-  EXPECT_EQ(ads().adBanner->frame(), (kit::Rect{{40, 25}, {320, 50}}));
+  EXPECT_EQ(ads().banner()->frame(), (kit::Rect{{40, 25}, {320, 50}}));
   auto narrow = std::make_shared<kit::View>(kit::Rect{{0, 0}, {300, 30}});
   ads().show_admob_banner(narrow);
-  EXPECT_EQ(ads().adBanner->frame(), (kit::Rect{{0, 0}, {320, 50}}));
-  EXPECT_EQ(ads().adBanner->superview(), narrow);
+  EXPECT_EQ(ads().banner()->frame(), (kit::Rect{{0, 0}, {320, 50}}));
+  EXPECT_EQ(ads().banner()->superview(), narrow);
 }
 
 TEST_F(AdmobViewControllerTest, InterstitialsAreSpacedByAtLeast31SecondsUnlessIgnored) {
@@ -37,15 +37,15 @@ TEST_F(AdmobViewControllerTest, InterstitialsAreSpacedByAtLeast31SecondsUnlessIg
   ads().setDelegate(recorder);
   advance(0.6);
   EXPECT_TRUE(ads().try_show_admob_interstitial(root(), false)) << "nothing shown yet";
-  const long shownAt = ads().lastShowInerstitialAd;
+  const long shownAt = ads().lastInterstitialShownAt();
   EXPECT_EQ(shownAt, platform().clock.now());
   closeInterstitialAndReload();
   platform().clock.setNow(shownAt + 30);
   EXPECT_FALSE(ads().try_show_admob_interstitial(root(), false));
-  EXPECT_EQ(ads().lastShowInerstitialAd, shownAt);
+  EXPECT_EQ(ads().lastInterstitialShownAt(), shownAt);
   platform().clock.setNow(shownAt + 31);
   EXPECT_TRUE(ads().try_show_admob_interstitial(root(), false));
-  EXPECT_EQ(ads().lastShowInerstitialAd, shownAt + 31);
+  EXPECT_EQ(ads().lastInterstitialShownAt(), shownAt + 31);
   closeInterstitialAndReload();
   EXPECT_TRUE(ads().try_show_admob_interstitial(root(), true));
   closeInterstitialAndReload();
@@ -59,7 +59,7 @@ TEST_F(AdmobViewControllerTest, InterstitialsAreSpacedByAtLeast31SecondsUnlessIg
 TEST_F(AdmobViewControllerTest, NothingLoadedYetMeansNoAndNoTimeStamp) {
   EXPECT_FALSE(ads().try_show_admob_interstitial(root(), true));
   ads().show_admob_interstitial(root());
-  EXPECT_EQ(ads().lastShowInerstitialAd, 0);
+  EXPECT_EQ(ads().lastInterstitialShownAt(), 0);
   EXPECT_FALSE(root()->presentedViewController());
 }
 

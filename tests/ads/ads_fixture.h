@@ -95,8 +95,8 @@ class AdmobViewControllerTest : public ::testing::Test {
 
   // Closes the interstitial on screen and waits until the next one is loaded.
   void closeInterstitialAndReload() {
-    ASSERT_TRUE(ads().interstitial_round && ads().interstitial_round->isPresented());
-    ads().interstitial_round->close();
+    ASSERT_TRUE(ads().roundInterstitial() && ads().roundInterstitial()->isPresented());
+    ads().roundInterstitial()->close();
     advance(1);
   }
 

@@ -14,10 +14,10 @@ const std::string kEntry =
 const std::string kRect = R"(<rect width="8" height="4" fill="#ef4a3c"/></svg>)";
 
 TEST(AdManifest, RefusesWhatIsNotAJsonObject) {
-  std::string error;
   for (const char* text : {"", "not json", "[1, 2]", "{\"banners\": [", "\xff\xfe"}) {
-    EXPECT_FALSE(AdManifest::parse(text, &error)) << text;
-    EXPECT_FALSE(error.empty());
+    const auto manifest = AdManifest::parse(text);
+    ASSERT_FALSE(manifest) << text;
+    EXPECT_FALSE(manifest.error().empty());
   }
 }
 
@@ -30,8 +30,7 @@ TEST(AdManifest, LeavesOutBadEntriesAndSaysWhy) {
   };
   for (const std::string& entry : bad) {
     std::vector<std::string> warnings;
-    auto manifest =
-        AdManifest::parse(R"({"banners": [)" + kEntry + "," + entry + "]}", nullptr, &warnings);
+    auto manifest = AdManifest::parse(R"({"banners": [)" + kEntry + "," + entry + "]}", &warnings);
     ASSERT_TRUE(manifest) << entry;
     EXPECT_EQ(manifest->banners.size(), 1u) << entry;
     EXPECT_THAT(warnings, ElementsAre(HasSubstr("banners[1] left out"))) << entry;

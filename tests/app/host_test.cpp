@@ -48,8 +48,8 @@ class HostTest : public ::testing::Test {
     options.application.profile = profile;
     options.seed = 3;
     game = std::make_unique<GameApplication>(options, host, platform.services());
-    std::string error;
-    ASSERT_TRUE(game->launch(&error)) << error;
+    const kit::Status launched = game->launch();
+    ASSERT_TRUE(launched) << launched.error();
   }
   void frames(int n) {
     for (int i = 0; i < n; ++i) {

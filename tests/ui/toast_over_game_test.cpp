@@ -30,7 +30,7 @@ TEST(ToastOverGame, FeedbackToastShowsOverTheHomeScreenAndGoesAway) {
   // The brightest channel of each pixel of a screenshot, row by row.
   auto screenshot = [&] {
     const std::string file = (dir.path() / "shot.png").string();
-    EXPECT_TRUE(host.screenshot(file, nullptr));
+    EXPECT_TRUE(host.screenshot(file));
     const kit::Image image = kit::Image::loadPng(file).value();
     return [image](double x, double y) {
       const auto p = image.pixelAt(int(x), int(y));

@@ -7,6 +7,7 @@
 
 #include "kit/foundation/json.h"
 #include "kit/foundation/read_file.h"
+#include "kit/foundation/strings.h"
 #include "kit/foundation/user_defaults.h"
 
 namespace kit {
@@ -34,11 +35,7 @@ std::string normalizedLanguage(std::string code) {
 }
 
 bool hasImageExtension(std::string_view name, std::string_view ext) {
-  if (name.size() <= ext.size())
-    return false;
-  return std::equal(
-      ext.begin(), ext.end(), name.end() - static_cast<std::ptrdiff_t>(ext.size()),
-      [](char a, char b) { return a == std::tolower(static_cast<unsigned char>(b)); });
+  return name.size() > ext.size() && endsWithIgnoringCase(name, ext);
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include <memory>
 #include <mutex>
 
+#include "kit/foundation/strings.h"
+
 namespace kit {
 
 namespace {
@@ -31,14 +33,7 @@ size_t onData(char* data, size_t size, size_t count, void* user) {
 }
 
 bool hasWebScheme(const std::string& url) {
-  auto startsWith = [&](std::string_view prefix) {
-    if (url.size() < prefix.size())
-      return false;
-    return std::equal(prefix.begin(), prefix.end(), url.begin(), [](char a, char b) {
-      return a == std::tolower(static_cast<unsigned char>(b));
-    });
-  };
-  return startsWith("http://") || startsWith("https://");
+  return startsWithIgnoringCase(url, "http://") || startsWithIgnoringCase(url, "https://");
 }
 
 bool hasControlBytes(const std::string& url) {

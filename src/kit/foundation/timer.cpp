@@ -2,13 +2,19 @@
 
 #include <utility>
 
+#include "kit/foundation/assert.h"
+
 namespace kit {
 
 Timer::Timer(int64_t intervalNanos, std::function<void()> target, bool repeats, int64_t fireDate)
     : interval_(intervalNanos > 0 ? intervalNanos : 1),
       target_(std::move(target)),
       repeats_(repeats),
-      fireDate_(fireDate) {}
+      fireDate_(fireDate) {
+  // A one-shot may fire at the next pass; a repeating timer without an
+  // interval would fire on every pass for ever.
+  KIT_ASSERT(!repeats || intervalNanos > 0, "a repeating timer needs a positive interval");
+}
 
 void Timer::invalidate() {
   valid_ = false;
@@ -16,7 +22,8 @@ void Timer::invalidate() {
 }
 
 bool Timer::fireIfDue(int64_t now) {
-  if (!valid_ || fireDate_ > now) return false;
+  if (!valid_ || fireDate_ > now)
+    return false;
   if (!repeats_) {
     valid_ = false;
   } else if (fireDate_ == kDistantPast) {
@@ -29,8 +36,10 @@ bool Timer::fireIfDue(int64_t now) {
   }
   // Keep the target alive through the call even if it invalidates us.
   auto target = target_;
-  if (!repeats_) target_ = nullptr;
-  if (target) target();
+  if (!repeats_)
+    target_ = nullptr;
+  if (target)
+    target();
   return true;
 }
 

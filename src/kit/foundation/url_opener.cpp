@@ -6,24 +6,18 @@
 #include <cctype>
 #include <string_view>
 
+#include "kit/foundation/strings.h"
+
 namespace kit {
 
 namespace {
-
-bool startsWithNoCase(const std::string& text, std::string_view prefix) {
-  if (text.size() < prefix.size())
-    return false;
-  return std::equal(prefix.begin(), prefix.end(), text.begin(), [](char a, char b) {
-    return a == std::tolower(static_cast<unsigned char>(b));
-  });
-}
 
 constexpr std::string_view kStoreScheme = "itms-apps://";
 
 }  // namespace
 
 std::string DesktopUrlOpener::desktopFormOf(const std::string& url) {
-  if (startsWithNoCase(url, kStoreScheme))
+  if (startsWithIgnoringCase(url, kStoreScheme))
     return "https://" + url.substr(kStoreScheme.size());
   return url;
 }
@@ -36,9 +30,10 @@ bool DesktopUrlOpener::canOpen(const std::string& url) {
     auto u = static_cast<unsigned char>(c);
     return u <= 0x20 || u == 0x7f;
   });
-  const bool webPage = (startsWithNoCase(form, "https://") || startsWithNoCase(form, "http://")) &&
-                       form.find_first_not_of('/', form.find(':') + 1) != std::string::npos;
-  return clean && (webPage || (startsWithNoCase(form, "mailto:") && form.size() > 7));
+  const bool webPage =
+      (startsWithIgnoringCase(form, "https://") || startsWithIgnoringCase(form, "http://")) &&
+      form.find_first_not_of('/', form.find(':') + 1) != std::string::npos;
+  return clean && (webPage || (startsWithIgnoringCase(form, "mailto:") && form.size() > 7));
 }
 
 bool DesktopUrlOpener::openURL(const std::string& url) {

@@ -8,6 +8,7 @@
 #include <exception>
 
 #include "kit/foundation/read_file.h"
+#include "kit/foundation/strings.h"
 
 namespace kit {
 namespace {
@@ -16,34 +17,11 @@ namespace {
 // slices small enough to keep that buffer in cache.
 constexpr size_t kSliceBytes = size_t{256} << 10;
 
-bool startsWithNoCase(std::string_view text, std::string_view prefix) {
-  if (text.size() < prefix.size())
-    return false;
-  for (size_t i = 0; i < prefix.size(); ++i) {
-    char c = text[i];
-    if (c >= 'A' && c <= 'Z')
-      c = static_cast<char>(c - 'A' + 'a');
-    if (c != prefix[i])
-      return false;
-  }
-  return true;
-}
-
-int hexDigit(char c) {
-  if (c >= '0' && c <= '9')
-    return c - '0';
-  if (c >= 'a' && c <= 'f')
-    return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F')
-    return c - 'A' + 10;
-  return -1;
-}
-
 // The local path of a file URL ("file:///a%20b" is "/a b"), or nullopt for a
 // file URL that names another host or is malformed.
 std::optional<std::string> filePath(std::string_view url) {
   std::string_view rest = url.substr(std::strlen("file://"));
-  if (startsWithNoCase(rest, "localhost/"))
+  if (startsWithIgnoringCase(rest, "localhost/"))
     rest.remove_prefix(std::strlen("localhost"));
   if (rest.empty() || rest.front() != '/')
     return std::nullopt;
@@ -56,8 +34,8 @@ std::optional<std::string> filePath(std::string_view url) {
     }
     if (i + 2 >= rest.size())
       return std::nullopt;
-    int hi = hexDigit(rest[i + 1]);
-    int lo = hexDigit(rest[i + 2]);
+    int hi = hexDigitValue(rest[i + 1]);
+    int lo = hexDigitValue(rest[i + 2]);
     if (hi < 0 || lo < 0)
       return std::nullopt;
     path += static_cast<char>(hi * 16 + lo);
@@ -146,14 +124,14 @@ std::unique_ptr<XmlEventParser> XmlEventParser::withContentsOfURL(std::string_vi
                                                                   HttpClient& http,
                                                                   size_t maxBytes) {
   std::optional<std::string> bytes;
-  if (startsWithNoCase(url, "http://") || startsWithNoCase(url, "https://")) {
+  if (startsWithIgnoringCase(url, "http://") || startsWithIgnoringCase(url, "https://")) {
     HttpRequest request;
     request.url = std::string(url);
     request.maxBodyBytes = maxBytes;
     HttpResponse response = http.get(request);
     if (response.ok && response.body.size() <= maxBytes)
       bytes = std::move(response.body);
-  } else if (startsWithNoCase(url, "file://")) {
+  } else if (startsWithIgnoringCase(url, "file://")) {
     if (auto path = filePath(url))
       bytes = readSmallFile(*path, maxBytes);
   } else if (url.find("://") == std::string_view::npos && !url.empty() &&

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "kit/foundation/assert.h"
 #include "kit/scene/action_run.h"
 #include "kit/scene/physics_body.h"
 #include "kit/scene/scene.h"
@@ -34,7 +35,8 @@ Node::~Node() {
 // --- Tree ---------------------------------------------------------------------
 
 void Node::addChild(NodePtr child) {
-  if (!child || inParentHierarchy(*child))
+  if (!KIT_ASSERT(child != nullptr, "addChild of a null node") ||
+      !KIT_ASSERT(!inParentHierarchy(*child), "addChild of the node itself or an ancestor"))
     return;
   child->removeFromParent();
   child->parent_ = this;

@@ -13,22 +13,13 @@
 #include <optional>
 #include <string>
 
+#include "kit/foundation/strings.h"
 #include "kit/ui/screen.h"
 #include "ui/image_tint.h"
 
 namespace {
 
 constexpr const char* kProgram = "twinlanes-tint";
-
-int hexDigit(char c) {
-  if (c >= '0' && c <= '9')
-    return c - '0';
-  if (c >= 'a' && c <= 'f')
-    return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F')
-    return c - 'A' + 10;
-  return -1;
-}
 
 // #rrggbb or #rrggbbaa; the '#' may be left out, since an unquoted one starts a
 // shell comment.
@@ -39,7 +30,7 @@ std::optional<kit::Color> parseColor(std::string text) {
     return std::nullopt;
   double channels[4] = {0, 0, 0, 1};
   for (size_t i = 0; i < text.size(); i += 2) {
-    int high = hexDigit(text[i]), low = hexDigit(text[i + 1]);
+    int high = kit::hexDigitValue(text[i]), low = kit::hexDigitValue(text[i + 1]);
     if (high < 0 || low < 0)
       return std::nullopt;
     channels[i / 2] = (high * 16 + low) / 255.0;

@@ -80,5 +80,11 @@ TEST_F(RunLoopTest, OneShotsAndPostedTasksRunOnceAndWorkAddedDuringAPassWaits) {
   EXPECT_EQ(fired, 1);
 }
 
+TEST_F(RunLoopTest, ARepeatingTimerWithoutAnIntervalIsAMistake) {
+  EXPECT_DEBUG_DEATH(loop.scheduledTimer(
+                         0.0, [] {}, true),
+                     "positive interval");
+}
+
 }  // namespace
 }  // namespace kit

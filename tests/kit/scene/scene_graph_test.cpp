@@ -113,13 +113,20 @@ TEST_F(SceneGraphTest, ContainsPointTestsTheAccumulatedFrameInTheParentsCoordina
   EXPECT_FALSE(bar->containsPoint({19, 0}));
 }
 
-TEST_F(SceneGraphTest, TheTreeRefusesCyclesAndMovesARechildedNode) {
+TEST_F(SceneGraphTest, AddingANullNodeOrAnAncestorAsAChildIsAMistakeThatChangesNothing) {
   auto a = addNode({0, 0});
   auto b = addNode({0, 0}, a);
-  b->addChild(a);  // a is b's parent: refused
-  b->addChild(b);
+  // Development builds stop at the mistake; release builds refuse the call.
+  EXPECT_DEBUG_DEATH(b->addChild(a), "ancestor");  // a is b's parent
+  EXPECT_DEBUG_DEATH(b->addChild(b), "ancestor");
+  EXPECT_DEBUG_DEATH(b->addChild(nullptr), "null node");
   EXPECT_EQ(a->parent(), scene.get());
   EXPECT_TRUE(b->children().empty());
+}
+
+TEST_F(SceneGraphTest, AChildAddedElsewhereLeavesItsOldParent) {
+  auto a = addNode({0, 0});
+  auto b = addNode({0, 0}, a);
   scene->addChild(b);  // taken from a
   EXPECT_TRUE(a->children().empty());
   scene->removeAllChildren();
