@@ -21,6 +21,7 @@
 #include "kit/foundation/headless_platform.h"
 #include "kit/foundation/preferred_languages.h"
 #include "kit/foundation/temp_dir.h"
+#include "kit/render/interface_layout.h"
 #include "kit/render/render_window.h"
 #include "kit/ui/window.h"
 #include "ui/progress_demo.h"
@@ -76,6 +77,20 @@ std::filesystem::path findResources() {
       return dir;
   }
   return TWINLANES_RESOURCES_DIR;
+}
+
+// The device profile of that name, as the interface layout defines it; the
+// layout is the one place that says what a phone or a pad is.
+std::optional<kit::DeviceProfile> layoutProfile(const std::string& name) {
+  std::string error;
+  const auto layout = kit::InterfaceLayout::load(findResources() / "layout" / "main.json", &error);
+  const kit::DeviceProfile* profile = layout ? layout->profile(name) : nullptr;
+  if (!profile) {
+    std::cerr << "twinlanes: no device profile " << name << " in the layout"
+              << (error.empty() ? "" : ": " + error) << '\n';
+    return std::nullopt;
+  }
+  return *profile;
 }
 
 // The keys and the scenario commands, listed from the runner's own table.
@@ -160,11 +175,11 @@ int runScript(const Flags& flags) {
   });
   if (flags.seed)
     runner.setSeed(*flags.seed);
-  const bool pad = flags.device == "pad";
-  if (pad || flags.size) {
-    const kit::Size standard = pad ? kit::Size{768, 1024} : kit::Size{320, 568};
-    runner.setDevice(pad ? kit::Device::Idiom::Pad : kit::Device::Idiom::Phone,
-                     flags.size.value_or(standard));
+  if (flags.device != "phone" || flags.size) {
+    const std::optional<kit::DeviceProfile> profile = layoutProfile(flags.device);
+    if (!profile)
+      return 1;
+    runner.setDevice(profile->idiom, flags.size.value_or(profile->scene));
   }
   return runner.run(*script, scriptName, std::cerr);
 }

@@ -15,6 +15,8 @@
 #include "kit/scene/frame_driver.h"
 #include "kit/ui/navigation_controller.h"
 #include "kit/ui/window.h"
+#include "names/notification_names.h"
+#include "names/preference_keys.h"
 
 namespace {
 
@@ -75,16 +77,16 @@ class HostTest : public ::testing::Test {
 };
 
 TEST_F(HostTest, LoadingTheViewPreparesTheLaunchAndPresentsTheScene) {
-  platform.defaults.setInteger(5, "cnt");
-  platform.defaults.setBool(false, "first");
-  platform.defaults.setInteger(12, "best");
+  platform.defaults.setInteger(5, prefkey::kCnt);
+  platform.defaults.setBool(false, prefkey::kFirst);
+  platform.defaults.setInteger(12, prefkey::kBest);
   launch();
   // The counters start afresh and are written at once; the best stays.
-  EXPECT_EQ(platform.defaults.integerForKey("best"), 12);
+  EXPECT_EQ(platform.defaults.integerForKey(prefkey::kBest), 12);
   EXPECT_EQ(written("cnt").integerValue(), 0);
   EXPECT_TRUE(written("first").boolValue());
   // Defaults are registered, not written.
-  EXPECT_EQ(platform.defaults.storedValues().count("sound"), 0u);
+  EXPECT_EQ(platform.defaults.storedValues().count(prefkey::kSound), 0u);
 
   auto sprite = game->application().spriteView();
   ASSERT_TRUE(sprite && controller().gameScene);
@@ -107,24 +109,33 @@ TEST_F(HostTest, LoadingTheViewPreparesTheLaunchAndPresentsTheScene) {
 TEST_F(HostTest, EverySecondGameOverOfALaunchTriesAnInterstitial) {
   launch();
   for (int i = 1; i <= 5; ++i) {
-    platform.notifications.postNotificationName("showad");
-    EXPECT_EQ(platform.defaults.integerForKey("cnt"), i);
+    platform.notifications.postNotificationName(notification::kShowAd);
+    EXPECT_EQ(platform.defaults.integerForKey(prefkey::kCnt), i);
     EXPECT_EQ(host.interstitials.size(), static_cast<size_t>(i / 2)) << "after game over " << i;
   }
   EXPECT_TRUE(host.ignoredInterval);
   EXPECT_EQ(written("cnt").integerValue(), 5);
 }
 
-TEST_F(HostTest, TheSoundActionFlipsThePreferenceOnlyAndRateAppOpensTheStorePage) {
+TEST_F(HostTest, TheSoundActionFlipsThePreferenceAndLeavesTheSceneAlone) {
   launch();
   controller().onSound(nullptr);
   EXPECT_EQ(written("sound"), kit::Value(false));
   EXPECT_TRUE(controller().gameScene->soundFlag());
-  platform.notifications.postNotificationName("soundchange", kit::Value(false));
+}
+
+TEST_F(HostTest, TheSoundNotificationShareAndAgainDoNothing) {
+  launch();
+  platform.notifications.postNotificationName(notification::kSoundChange, kit::Value(false));
   controller().onShare(nullptr);
   controller().onAgain(nullptr);
   EXPECT_TRUE(platform.urlOpener.opened.empty());
-  EXPECT_EQ(platform.defaults.integerForKey("cnt"), 0);
+  EXPECT_EQ(platform.defaults.integerForKey(prefkey::kCnt), 0);
+  EXPECT_TRUE(controller().gameScene->soundFlag());
+}
+
+TEST_F(HostTest, RateAppOpensTheStorePage) {
+  launch();
   controller().rateApp(nullptr);
   EXPECT_EQ(platform.urlOpener.opened,
             std::vector<std::string>{"itms-apps://apps.twinlanes.example/app/id1234567890"});

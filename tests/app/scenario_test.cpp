@@ -75,28 +75,46 @@ TEST_F(ScenarioTest, EveryScenarioFilePrintsWhatItsExpectationsSay) {
   EXPECT_GE(files, 5);
 }
 
-TEST_F(ScenarioTest, ABadLineStopsTheScriptWithItsLineNumberAndStatus2) {
-  const std::pair<std::string, std::string> cases[] = {
-      {"start\n\n# fine so far\njump 3\ndump\n", "test.tl:4: unknown command 'jump'"},
-      {"start\nframes ten\ndump\n", "test.tl:2: the frame count must be a whole number"},
-      {"start\nframes -1\n", "test.tl:2: the frame count must be a whole number from 0"},
-      {"start\nwait -1\n", "test.tl:2: the wait must be from 0"},
-      {"start\ntap 10 20 30\n", "test.tl:2: usage: tap X Y"},
-      {"start\ntap 10 abc\n", "test.tl:2: y must be a finite number, not 'abc'"},
-      {"start\ntapbutton home\n", "test.tl:2: the buttons are play, helpplay and again"},
-      {"start\nseed 3\n", "test.tl:2: seed must come before start"},
-      {"device tablet 768 1024\n", "test.tl:1: the device is phone or pad, not 'tablet'"},
-      {"start\nstart\n", "test.tl:2: the game has already started"},
-      {"dump\n", "test.tl:1: dump needs a started game"},
-      {"autoplay maybe\n", "test.tl:1: usage: autoplay on|off"},
-  };
-  for (const auto& [script, message] : cases) {
-    Session session;
-    EXPECT_EQ(session.run(script), 2) << script;
-    EXPECT_EQ(session.errors.str().rfind(message, 0), 0u) << script << session.errors.str();
-    EXPECT_EQ(session.output.str(), "") << script;  // nothing after the bad line ran
-  }
+// A script with one line that cannot run, and the start of what the runner
+// says about it.
+struct BadLine {
+  const char* name;
+  const char* script;
+  const char* message;
+};
+
+class BadScript : public ScenarioTest, public ::testing::WithParamInterface<BadLine> {};
+
+TEST_P(BadScript, StopsAtTheBadLineWithItsNumberAndStatus2) {
+  const BadLine& bad = GetParam();
+  Session session;
+  EXPECT_EQ(session.run(bad.script), 2);
+  EXPECT_EQ(session.errors.str().rfind(bad.message, 0), 0u) << session.errors.str();
+  EXPECT_EQ(session.output.str(), "");  // nothing after the bad line ran
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Lines, BadScript,
+    ::testing::Values(
+        BadLine{"UnknownCommand", "start\n\n# fine so far\njump 3\ndump\n",
+                "test.tl:4: unknown command 'jump'"},
+        BadLine{"FramesNotANumber", "start\nframes ten\ndump\n",
+                "test.tl:2: the frame count must be a whole number"},
+        BadLine{"NegativeFrames", "start\nframes -1\n",
+                "test.tl:2: the frame count must be a whole number from 0"},
+        BadLine{"NegativeWait", "start\nwait -1\n", "test.tl:2: the wait must be from 0"},
+        BadLine{"TapWithoutY", "start\ntap 10 20 30\n", "test.tl:2: usage: tap X Y"},
+        BadLine{"TapNotANumber", "start\ntap 10 abc\n",
+                "test.tl:2: y must be a finite number, not 'abc'"},
+        BadLine{"UnknownButton", "start\ntapbutton home\n",
+                "test.tl:2: the buttons are play, helpplay and again"},
+        BadLine{"SeedAfterStart", "start\nseed 3\n", "test.tl:2: seed must come before start"},
+        BadLine{"UnknownDevice", "device tablet 768 1024\n",
+                "test.tl:1: the device is phone or pad, not 'tablet'"},
+        BadLine{"StartTwice", "start\nstart\n", "test.tl:2: the game has already started"},
+        BadLine{"DumpBeforeStart", "dump\n", "test.tl:1: dump needs a started game"},
+        BadLine{"AutoplayMaybe", "autoplay maybe\n", "test.tl:1: usage: autoplay on|off"}),
+    [](const ::testing::TestParamInfo<BadLine>& info) { return std::string(info.param.name); });
 
 TEST_F(ScenarioTest, FramesRunOnAnExactSixtyHertzGrid) {
   ASSERT_EQ(

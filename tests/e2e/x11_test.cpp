@@ -46,7 +46,7 @@ class X11Test : public EndToEndTest {
 // The display probe started SDL's video and quit it again; SDL 2.26 then
 // could not start its X11 driver a second time and the game refused to open
 // on every real desktop.
-TEST_F(X11Test, TheWindowOpensOnARealX11DisplayAfterTheDisplayProbe) {
+TEST_F(X11Test, TheVideoDriverStaysStartedAfterTheDisplayProbeBecauseX11CannotRestart) {
   if (system("command -v xvfb-run >/dev/null 2>&1") != 0)
     GTEST_SKIP() << "xvfb-run is not installed";
   const int status = runOnXvfb(

@@ -4,6 +4,8 @@
 #include <filesystem>
 
 #include "game_fixture.h"
+#include "names/notification_names.h"
+#include "names/preference_keys.h"
 
 class Flow : public GameTest {
  protected:
@@ -20,15 +22,20 @@ class Flow : public GameTest {
   std::filesystem::path prefsFile() const { return prefs.path() / "prefs.json"; }
 };
 
-TEST_F(Flow, PlayStartsTheRunWhenItsFadeEndsAndTheLinesScrollWithTheRoad) {
+TEST_F(Flow, PlayStartsTheRunWhenItsFadeEnds) {
   GameScene& s = start();
   tapButton(s.playBtn());
   frames(6);
   EXPECT_FALSE(s.startFlag());  // the flags change only in the fade's completion
+  EXPECT_EQ(s.timer().fireDate(), kit::Timer::kDistantFuture);
   frames(1);
   EXPECT_TRUE(s.startFlag());
   EXPECT_NE(s.timer().fireDate(), kit::Timer::kDistantFuture);
+}
 
+TEST_F(Flow, TheLinesScrollOneSceneHeightAtTheRoadsSpeedThenJumpBack) {
+  GameScene& s = start();
+  play();
   frames(1);  // the scrolling starts in the next frame
   advance(1.1);
   EXPECT_NEAR(s.leftLineNode().position().y, 568 - 284, 1e-6);
@@ -36,19 +43,28 @@ TEST_F(Flow, PlayStartsTheRunWhenItsFadeEndsAndTheLinesScrollWithTheRoad) {
   EXPECT_NEAR(s.leftLineNode().position().y, 568, 1e-6);  // and jumps back
 }
 
-TEST_F(Flow, GameOverFreezesTheWorldThenFadesTheScoreScreenInAndAsksForAnAdOnce) {
+TEST_F(Flow, GameOverFreezesTheWorld) {
   GameScene& s = start();
   play();
   advance(1.5);  // a few obstacles on their way down
+  ASSERT_FALSE(s.allObstacle().empty());
   crashWithScore(3);
   EXPECT_EQ(s.timer().fireDate(), kit::Timer::kDistantFuture);
   for (const auto& obstacle : s.allObstacle())
     EXPECT_FALSE(obstacle->hasActions());
   EXPECT_FALSE(s.leftLineNode().hasActions());
+  EXPECT_FALSE(s.rightCar().hasActions());
+}
+
+TEST_F(Flow, TheScoreScreenFadesInWithTheRunsScoreThenOneAdIsAskedFor) {
+  GameScene& s = start();
+  play();
+  crashWithScore(3);
+  EXPECT_EQ(s.overLayer().alpha(), 0);
   untilOverScreenIsUp();
   EXPECT_EQ(s.overScoreNode().text(), "3");
   advance(3);
-  EXPECT_EQ(platform.notifications.postCount("showad"), 1u);
+  EXPECT_EQ(platform.notifications.postCount(notification::kShowAd), 1u);
 }
 
 TEST_F(Flow, TheScoreScreenIgnoresTapsUntilOpaqueThenPlayAgainStartsAFreshRun) {
@@ -75,7 +91,7 @@ TEST_F(Flow, TheScoreScreenIgnoresTapsUntilOpaqueThenPlayAgainStartsAFreshRun) {
 }
 
 TEST_F(Flow, OnlyAScoreAboveTheBestIsARecordAndOnlyARecordIsWritten) {
-  platform.defaults.setInteger(5, "best");
+  platform.defaults.setInteger(5, prefkey::kBest);
   for (int score : {5, 6}) {
     std::filesystem::remove(prefsFile());
     start();
@@ -84,7 +100,8 @@ TEST_F(Flow, OnlyAScoreAboveTheBestIsARecordAndOnlyARecordIsWritten) {
     EXPECT_EQ(scene->overBestNode().text(), score > 5 ? "新记录" : "记 录 : 5") << score;
     // A record is synchronised at once; anything else writes nothing.
     kit::CapturingLog log;
-    EXPECT_EQ(kit::UserDefaults(prefs.path(), log).integerForKey("best"), score > 5 ? 6 : 0);
+    EXPECT_EQ(kit::UserDefaults(prefs.path(), log).integerForKey(prefkey::kBest),
+              score > 5 ? 6 : 0);
   }
 }
 
@@ -96,12 +113,12 @@ TEST_F(Flow, TwoGameOversInOneFrameCountAsOne) {
   collect(3);
   s.gameOver({40, 100}, 0, nullptr);  // a crash ...
   s.gameOver({0, 0}, 1, circle);      // ... and a let-through in the same frame
-  EXPECT_EQ(platform.defaults.integerForKey("best"), 3);
+  EXPECT_EQ(platform.defaults.integerForKey(prefkey::kBest), 3);
   EXPECT_EQ(s.overScoreNode().text(), "3");
   EXPECT_EQ(s.leftSmoke().position(), (kit::Point{40, 100}));
   EXPECT_FALSE(circle->hasActions());  // no blink
   advance(2);
-  EXPECT_EQ(platform.notifications.postCount("showad"), 1u);
+  EXPECT_EQ(platform.notifications.postCount(notification::kShowAd), 1u);
 }
 
 TEST_F(Flow, TwoQuickPlayTapsStartTwoRunsAndTheLinesScrollTwiceAsFast) {
@@ -134,5 +151,5 @@ TEST_F(Flow, TheBuiltInPlayerPlaysSeededGamesRunAfterRunPressingPlayAgainOnlyWhe
   }
   EXPECT_GE(runs, 2);
   EXPECT_GE(best, 10);
-  EXPECT_EQ(platform.defaults.integerForKey("best"), best);
+  EXPECT_EQ(platform.defaults.integerForKey(prefkey::kBest), best);
 }

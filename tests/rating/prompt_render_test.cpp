@@ -3,6 +3,7 @@
 
 #include "kit/render/render_window.h"
 #include "kit/render/renderer.h"
+#include "names/preference_keys.h"
 #include "rating_fixture.h"
 
 namespace {
@@ -29,7 +30,7 @@ class PromptRenderTest : public RatingTest {
 };
 
 TEST_F(PromptRenderTest, ChinesePromptIsALightPanelWithGlyphsOverTheDimmedScreen) {
-  platform().defaults.registerDefaults({{"AppleLanguages", kit::Value::Array{"zh-Hans-CN"}}});
+  platform().defaults.registerDefaults({{prefkey::kLanguages, kit::Value::Array{"zh-Hans-CN"}}});
   launch().root->view()->setBackgroundColor({0.5, 0.5, 0.5, 1});
   service().showRT(launch().root);
   advance(0.5);

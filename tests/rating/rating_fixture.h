@@ -9,6 +9,7 @@
 #include "kit/ui/label.h"
 #include "kit/ui/mail_compose_sink.h"
 #include "kit/ui/window.h"
+#include "names/preference_keys.h"
 #include "rating/rt_service.h"
 #include "ui/view_toast.h"
 
@@ -23,7 +24,7 @@ struct ResultRecorder final : RTServiceResultDelegate {
 struct Launch {
   Launch(const std::filesystem::path& prefs, kit::MailSink& mail)
       : platform(prefs, TWINLANES_RESOURCES), animator(platform.clock) {
-    platform.defaults.registerDefaults({{"AppleLanguages", kit::Value::Array{"en"}}});
+    platform.defaults.registerDefaults({{prefkey::kLanguages, kit::Value::Array{"en"}}});
     platform.device.model = "TestModel1,2";
     window->setRootViewController(root);
     service = RTService::initWithAppid(1234567890, "support@twinlanes.example", platform.services(),
@@ -84,8 +85,8 @@ class RatingTest : public ::testing::Test {
   kit::HeadlessPlatform& platform() { return launch_->platform; }
   RTService& service() { return *launch_->service; }
   Launch& launch() { return *launch_; }
-  bool rated() { return platform().defaults.boolForKey("cz_rated"); }
-  int64_t counted() { return platform().defaults.integerForKey("cz_appopened"); }
+  bool rated() { return platform().defaults.boolForKey(prefkey::kRated); }
+  int64_t counted() { return platform().defaults.integerForKey(prefkey::kAppOpened); }
 
   kit::TempDir prefs;
   kit::RecordingMailSink mail;

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "names/preference_keys.h"
 #include "rating_fixture.h"
 
 namespace {
@@ -26,13 +27,13 @@ TEST_F(RatingTest, PromptComesOnTheSecondToFourthCountedLaunchesTenSecondsApart)
 TEST_F(RatingTest, RatedFlagFromThePreferencesOrADamagedCountMeanNoPrompt) {
   launchAt(0);
   relaunch();
-  platform().defaults.setBool(true, "cz_rated");  // behind the service's back
+  platform().defaults.setBool(true, prefkey::kRated);  // behind the service's back
   platform().clock.setNow(kInstallTime + 60);
   EXPECT_FALSE(service().decideShowRT(launch().root));
   EXPECT_EQ(counted(), 2);
 
-  platform().defaults.setBool(false, "cz_rated");
-  platform().defaults.setInteger(std::numeric_limits<int64_t>::max(), "cz_appopened");
+  platform().defaults.setBool(false, prefkey::kRated);
+  platform().defaults.setInteger(std::numeric_limits<int64_t>::max(), prefkey::kAppOpened);
   EXPECT_FALSE(launchAt(120));
   EXPECT_EQ(counted(), std::numeric_limits<int64_t>::max());
 }
@@ -53,7 +54,7 @@ TEST_F(RatingTest, EachButtonHasItsEffectAndResultCode) {
   EXPECT_TRUE(rated());
   EXPECT_FALSE(launchAt(180)) << "rated: the prompt never returns";
 
-  platform().defaults.setBool(false, "cz_rated");
+  platform().defaults.setBool(false, prefkey::kRated);
   service().showRT(launch().root);
   tapButton(2);
   advance(1);  // the composer slides up and hands the mail on
@@ -106,7 +107,7 @@ TEST_F(RatingTest, SystemVersionPicksTheRatingLinkAndShowsInTheFeedbackMail) {
 
 TEST_F(RatingTest, LanguageTypeIsOneOnlyForSimplifiedChinese) {
   auto typeFor = [&](kit::Value languages) {
-    platform().defaults.setObject(languages, "AppleLanguages");
+    platform().defaults.setObject(languages, prefkey::kLanguages);
     return service().getCurrentLanguageType();
   };
   const kit::Value others[] = {kit::Value::Array{"zh-Hant-TW"}, kit::Value::Array{"en", "zh-Hans"},
