@@ -46,7 +46,7 @@ class GameAds final : public HostServices {
     return dynamic_cast<kit::RecordingMailSink*>(mailSink_.get());
   }
   // Closes the interstitial on screen; false when none is.
-  bool closeInterstitial();
+  [[nodiscard]] bool closeInterstitial();
   // What the ads are doing, for dumps: the banner (null before one is
   // placed: its frame in window points, whether an ad arrived and which),
   // the interstitial (ready, showing, shown this launch, the last time

@@ -5,7 +5,7 @@
 
 using Geometry = GameTest;
 
-TEST_F(Geometry, OnAPhoneRoadsCarsObstaclesAndScoreSitWhereDesigned) {
+TEST_F(Geometry, OnAPhoneTheCarsSitInTheOuterRoadsWithTrimmedBodies) {
   GameScene& s = start(kPhone);
   EXPECT_DOUBLE_EQ(s.leftCar().position().x, 40);
   EXPECT_DOUBLE_EQ(s.rightCar().position().x, 280);
@@ -15,12 +15,19 @@ TEST_F(Geometry, OnAPhoneRoadsCarsObstaclesAndScoreSitWhereDesigned) {
     EXPECT_DOUBLE_EQ(car->physicsBody()->size().width, 56 * 0.7);
     EXPECT_DOUBLE_EQ(car->physicsBody()->size().height, 42 * 0.94);
   }
+}
+
+TEST_F(Geometry, OnAPhoneTheLinesAndTheScoreSitWhereDesigned) {
+  GameScene& s = start(kPhone);
   // Lines between roads 1-2 and 3-4 only, two heights tall, to scroll by one.
   EXPECT_EQ(s.leftLineNode().position(), (kit::Point{80, 568}));
   EXPECT_EQ(s.rightLineNode().position(), (kit::Point{240, 568}));
   EXPECT_EQ(s.leftLineNode().size(), (kit::Size{5, 1136}));
   EXPECT_DOUBLE_EQ(s.scoreNode().position().y, 536);
+}
 
+TEST_F(Geometry, OnAPhoneObstaclesStartJustAboveTheTopAtTheirRoadsCentre) {
+  GameScene& s = start(kPhone);
   const double centres[] = {40, 120, 200, 280};
   for (int road = 1; road <= 4; ++road) {
     for (ObstacleKind kind : {kCircle, kRect}) {
@@ -33,6 +40,10 @@ TEST_F(Geometry, OnAPhoneRoadsCarsObstaclesAndScoreSitWhereDesigned) {
       EXPECT_DOUBLE_EQ(o->position().y - o->size().height * 0.5, 568);  // just above the top
     }
   }
+}
+
+TEST_F(Geometry, OnAPhoneTheButtonsSitWhereDesignedAndTallPhonesSpreadTheScoreScreen) {
+  GameScene& s = start(kPhone);
   EXPECT_DOUBLE_EQ(s.playBtn().size().width, 320 / 3.0);
   EXPECT_EQ(s.playBtn().position(), (kit::Point{160, 284}));
   const double again = s.againBtn().size().width;
