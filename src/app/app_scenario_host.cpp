@@ -2,7 +2,6 @@
 
 #include "app/scenario_runner.h"
 
-#include "kit/render/render_window.h"
 #include "kit/render/sprite_view.h"
 #include "kit/scene/frame_driver.h"
 #include "kit/ui/window.h"
@@ -58,10 +57,7 @@ void AppScenarioHost::end() {
 kit::Status AppScenarioHost::screenshot(const std::string& file) {
   if (!game_ || !game_->application().hasWindow())
     return kit::Error{"screenshots need a window: run without --headless"};
-  std::string error;
-  if (!game_->application().saveScreenshot(file, &error))
-    return kit::Error{error};
-  return {};
+  return game_->application().saveScreenshot(file);
 }
 
 namespace {

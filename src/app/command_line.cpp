@@ -18,11 +18,11 @@
 #include "app/host_services.h"
 #include "app/scenario_runner.h"
 #include "app/script_launches.h"
-#include "kit/foundation/headless_platform.h"
+#include "kit/backends/desktop/headless_platform.h"
+#include "kit/backends/desktop/render_window.h"
 #include "kit/foundation/preferred_languages.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/render/interface_layout.h"
-#include "kit/render/render_window.h"
 #include "kit/ui/window.h"
 #include "ui/progress_demo.h"
 
@@ -82,12 +82,11 @@ std::filesystem::path findResources() {
 // The device profile of that name, as the interface layout defines it; the
 // layout is the one place that says what a phone or a pad is.
 std::optional<kit::DeviceProfile> layoutProfile(const std::string& name) {
-  std::string error;
-  const auto layout = kit::InterfaceLayout::load(findResources() / "layout" / "main.json", &error);
+  const auto layout = kit::InterfaceLayout::load(findResources() / "layout" / "main.json");
   const kit::DeviceProfile* profile = layout ? layout->profile(name) : nullptr;
   if (!profile) {
     std::cerr << "twinlanes: no device profile " << name << " in the layout"
-              << (error.empty() ? "" : ": " + error) << '\n';
+              << (layout ? "" : ": " + layout.error()) << '\n';
     return std::nullopt;
   }
   return *profile;
@@ -224,10 +223,11 @@ int runGame(const Flags& flags) {
         runProgressDemo(game.application().window(), game.application().services().runLoop);
   }
   const int status = game.run(flags.frames);
-  std::string error;
-  if (!flags.screenshot.empty() && !game.application().saveScreenshot(flags.screenshot, &error)) {
-    std::cerr << "twinlanes: " << error << '\n';
-    return 1;
+  if (!flags.screenshot.empty()) {
+    if (kit::Status saved = game.application().saveScreenshot(flags.screenshot); !saved) {
+      std::cerr << "twinlanes: " << saved.error() << '\n';
+      return 1;
+    }
   }
   return status;
 }

@@ -1,19 +1,29 @@
 #include "app/game_application.h"
 
 #include "kit/scene/frame_driver.h"
+#include "ui/view_toast.h"
 
 GameApplication::GameApplication(Options options, HostServices& host)
-    : application_(std::make_unique<kit::Application>(options.application, delegate_)) {
+    : ownServices_(std::make_unique<kit::DesktopServices>(options.application.prefsDir,
+                                                          options.application.resourceDir)),
+      application_(std::make_unique<kit::Application>(options.application, delegate_,
+                                                      ownServices_->services(), &windows_)) {
   wire(options, host, application_->services());
 }
 
 GameApplication::GameApplication(Options options, HostServices& host, const kit::Services& services)
-    : application_(std::make_unique<kit::Application>(options.application, delegate_, services)) {
+    : application_(
+          std::make_unique<kit::Application>(options.application, delegate_, services, &windows_)) {
   wire(options, host, services);
+}
+
+GameApplication::~GameApplication() {
+  setToastLog(previousToastLog_);
 }
 
 void GameApplication::wire(const Options& options, HostServices& host,
                            const kit::Services& services) {
+  previousToastLog_ = setToastLog(&services.log);
   autoplay_ = options.autoplay;
   const std::optional<unsigned> seed = options.seed;
   application_->registerViewControllerClass("ViewController", [this, &host, services, seed] {
@@ -33,10 +43,7 @@ void GameApplication::wire(const Options& options, HostServices& host,
 }
 
 kit::Status GameApplication::launch() {
-  std::string error;
-  if (!application_->launch(&error))
-    return kit::Error{error};
-  return {};
+  return application_->launch();
 }
 
 int GameApplication::run(std::optional<uint64_t> frameLimit) {

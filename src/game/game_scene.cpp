@@ -52,7 +52,7 @@ GameScene::~GameScene() {
 }
 
 void GameScene::initWithSize(kit::Size size) {
-  std::srand(seed_ ? *seed_ : static_cast<unsigned>(services_.clock.now()));
+  services_.random.seed(seed_ ? *seed_ : static_cast<unsigned>(services_.clock.now()));
   // The timer's target is this scene, which invalidates it when it goes.
   timer_ = services_.runLoop.scheduledTimer(
       tuning::kSpawnTickSeconds, [this] { tickCount(); }, true);

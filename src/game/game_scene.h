@@ -34,7 +34,7 @@ class GameScene final : public kit::Scene, public kit::PhysicsContactDelegate {
 
  public:
   // The scene with everything built and the home screen up, nothing moving.
-  // rand() is seeded once here: with `seed` when given, else with the
+  // The random source is seeded once here: with `seed` when given, else with the
   // clock's wall time in seconds.
   static std::shared_ptr<GameScene> sceneWithSize(kit::Size size, const kit::Services& services,
                                                   std::optional<unsigned> seed = {});
@@ -159,8 +159,8 @@ class GameScene final : public kit::Scene, public kit::PhysicsContactDelegate {
   const Road& road(int idx) const;
   Road& road(int idx) { return const_cast<Road&>(std::as_const(*this).road(idx)); }
   static bool validRoad(int idx);
-  // A road's next spawn count: one rand() draw.
-  static int nextSpawnTick();
+  // A road's next spawn count: one draw of the random source.
+  int nextSpawnTick();
 
   std::shared_ptr<kit::Timer> timer_;
   std::shared_ptr<kit::SpriteNode> backgroundLayer_;  // lines and score are its children

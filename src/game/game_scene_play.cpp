@@ -31,7 +31,7 @@ void GameScene::tickCount() {
 }
 
 int GameScene::nextSpawnTick() {
-  return std::rand() % tuning::kSpawnTickChoices + tuning::kFirstSpawnTick;
+  return services_.random.next() % tuning::kSpawnTickChoices + tuning::kFirstSpawnTick;
 }
 
 bool GameScene::validRoad(int idx) {
@@ -51,7 +51,7 @@ void GameScene::addObstacleInRoadIdx(int idx) {
   const double ow = W * tuning::kRoadWidth * tuning::kObstacleWidth;
   const double oh = ow * tuning::kObstacleAspect;
 
-  auto kind = static_cast<ObstacleKind>(std::rand() % 2);
+  auto kind = static_cast<ObstacleKind>(services_.random.next() % 2);
   if (kind == ObstacleKind::Rectangle) {
     // Never two rectangles side by side in one car's roads: while the
     // partner road's latest rectangle is still close to the top, a circle
@@ -65,10 +65,10 @@ void GameScene::addObstacleInRoadIdx(int idx) {
     }
   }
 
-  // From a score of 10 on, the tag is drawn at random (one more rand()).
+  // From a score of 10 on, the tag is drawn at random (one more draw).
   int cr;
   if (score_ > 9) {
-    cr = std::rand() % 2;
+    cr = services_.random.next() % 2;
   } else {
     cr = idx <= 2 ? 0 : 1;
   }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace kit {
 namespace {
 
@@ -84,6 +86,24 @@ TEST_F(RunLoopTest, ARepeatingTimerWithoutAnIntervalIsAMistake) {
   EXPECT_DEBUG_DEATH(loop.scheduledTimer(
                          0.0, [] {}, true),
                      "positive interval");
+}
+
+// Posting is the one call other threads may make; the rest belong to the
+// loop's own thread, and debug builds stop a caller from anywhere else.
+TEST_F(RunLoopTest, OtherThreadsMayPostButNotRunOrScheduleInDebugBuilds) {
+  std::thread([this] { loop.post([this] { ++fired; }); }).join();
+  loop.runOnce();
+  EXPECT_EQ(fired, 1);
+#ifdef NDEBUG
+  GTEST_SKIP() << "release builds leave the thread check out";
+#else
+  EXPECT_DEATH(std::thread([this] { loop.runOnce(); }).join(), "called off its owning thread");
+  EXPECT_DEATH(std::thread([this] {
+                 loop.scheduledTimer(
+                     1, [] {}, false);
+               }).join(),
+               "called off its owning thread");
+#endif
 }
 
 }  // namespace
