@@ -30,12 +30,14 @@ void RunLoop::runOnce() {
     std::lock_guard<std::mutex> lock(tasks_->mutex);
     tasks.swap(tasks_->queue);
   }
-  for (auto& task : tasks) task();
+  for (auto& task : tasks)
+    task();
 
   // Walk a snapshot: callbacks may schedule or invalidate timers.
   const int64_t now = clock_.monotonicNanos();
   auto snapshot = timers_;
-  for (auto& timer : snapshot) timer->fireIfDue(now);
+  for (auto& timer : snapshot)
+    timer->fireIfDue(now);
   std::erase_if(timers_, [](const std::shared_ptr<Timer>& t) { return !t->isValid(); });
 }
 
@@ -47,7 +49,8 @@ void RunLoop::post(std::function<void()> task) {
 std::optional<int64_t> RunLoop::nextFireDate() const {
   std::optional<int64_t> next;
   for (const auto& timer : timers_) {
-    if (timer->isValid() && (!next || timer->fireDate() < *next)) next = timer->fireDate();
+    if (timer->isValid() && (!next || timer->fireDate() < *next))
+      next = timer->fireDate();
   }
   return next;
 }
