@@ -44,20 +44,30 @@ TEST_F(LaunchTest, FramesAndScreenshotRenderTheRealWindowOfTheGivenSizeAndExit) 
 }
 
 TEST_F(LaunchTest, TheProgressDemoShowsItsPanelOverTheGame) {
+  // 150 frames on the script's clock: the demo counts for 180, however slowly
+  // the machine draws them.
   const auto brightnessOfPlayButton = [&](bool demo) {
-    std::vector<std::string> args{"--scale",      "1",
-                                  "--frames",     "150",
-                                  "--screenshot", (dir.path() / "shot.png").string(),
-                                  "--prefs-dir",  prefs()};
+    std::vector<std::string> args{"--scale", "1", "--prefs-dir", prefs()};
     if (demo)
       args.push_back("--progress-demo");
-    const Outcome r = run(args);
+    const Outcome r = run(args, "start\nframes 150\nscreenshot " + shot("shot.png") + "\n");
     EXPECT_EQ(r.exitCode, 0) << r.err;
     return at(screenshot("shot.png"), 200, 300).brightness();
   };
   // The dark panel covers the home screen's play button while it counts.
   EXPECT_GT(brightnessOfPlayButton(false), 200);
   EXPECT_LT(brightnessOfPlayButton(true), 100);
+}
+
+TEST_F(LaunchTest, AScreenshotThatCannotBeWrittenFailsTheRun) {
+  const Outcome game = run({"--frames", "1", "--screenshot", "/dev/full", "--prefs-dir", prefs()});
+  EXPECT_EQ(game.exitCode, 1);
+  EXPECT_NE(game.err.find("cannot write /dev/full"), std::string::npos) << game.err;
+  const Outcome script =
+      run({"--prefs-dir", prefs()}, "start\nscreenshot " + shot("none/shot.png") + "\n");
+  EXPECT_EQ(script.exitCode, 2);
+  EXPECT_NE(script.err.find(":2: cannot write " + shot("none/shot.png")), std::string::npos)
+      << script.err;
 }
 
 TEST_F(LaunchTest, WithoutADisplayItSaysSoOnceAndPointsToTheHeadlessMode) {
