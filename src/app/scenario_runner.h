@@ -84,7 +84,8 @@ class ScenarioRunner {
   void setSeed(unsigned seed);
   void setDevice(kit::Device::Idiom idiom, kit::Size viewSize);
   void start();
-  void runFrames(int64_t count);
+  // `command` names the script command that asked, for its error.
+  void runFrames(int64_t count, std::string_view command = "frames");
   void tap(std::vector<kit::Point> touches);
   void tapButton(std::string_view name);
   void setAutoplay(bool on) { autoplay_ = on; }
@@ -115,6 +116,11 @@ class ScenarioRunner {
   // Longest single frames or wait request; longer ones are refused rather
   // than left to run for days.
   static constexpr int64_t kMaxFramesPerCommand = 1'000'000'000;
+  // The longest script line; a longer one is refused, not read whole.
+  static constexpr std::size_t kMaxLineBytes = 64 * 1024;
+  // The largest view a device command sets up, each way, in points (as
+  // --size allows): beyond it no window or physics world makes sense.
+  static constexpr double kMaxViewSide = 10'000;
   // The latest time `now` takes: the last second of the year 9999.
   static constexpr int64_t kLatestTime = 253'402'300'799;
 
