@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "ads/admob_view_controller.h"
+#include "adsdk/house_ad_network.h"
 #include "kit/foundation/json.h"
 #include "kit/ui/alert_view.h"
 
@@ -68,9 +69,19 @@ void AdmobViewController::InitVar() {
   setKeyTimes("app-open-times", static_cast<long>(openTimes));
 
   const kit::Bundle& bundle = environment_.services.bundle;
-  banner_id = getStrKey("banner-id", bundle.infoValue("bannerAdUnitId").stringValue().value_or(""));
-  interstitial_id = getStrKey("interstitial-id",
-                              bundle.infoValue("interstitialAdUnitId").stringValue().value_or(""));
+  // A stored unit the network would refuse (a hand-edited file) gives way to
+  // the publisher's, or the ads would stay off for good.
+  const auto storedUnit = [&](const std::string& key, const std::string& infoKey) {
+    const std::string publisher = bundle.infoValue(infoKey).stringValue().value_or("");
+    std::string id = getStrKey(key, publisher);
+    if (!isAdUnitID(id) && isAdUnitID(publisher)) {
+      setKeyTimes(key, publisher);
+      id = publisher;
+    }
+    return id;
+  };
+  banner_id = storedUnit("banner-id", "bannerAdUnitId");
+  interstitial_id = storedUnit("interstitial-id", "interstitialAdUnitId");
   bInApp = false;
 }
 

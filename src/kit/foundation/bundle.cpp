@@ -6,6 +6,7 @@
 #include <cctype>
 
 #include "kit/foundation/json.h"
+#include "kit/foundation/preferred_languages.h"
 #include "kit/foundation/read_file.h"
 #include "kit/foundation/user_defaults.h"
 
@@ -28,7 +29,11 @@ bool isSafeName(std::string_view name) {
   });
 }
 
+// Codes are matched in one spelling whatever case the user wrote them in
+// ("ZH-HANS" finds the zh-Hans table).
 std::string normalizedLanguage(std::string code) {
+  if (std::optional<std::string> standard = languageCodeOf(code))
+    return *standard;
   std::replace(code.begin(), code.end(), '_', '-');
   return code;
 }
@@ -195,6 +200,7 @@ std::vector<std::string> Bundle::desktopLanguages() {
     }
     if (!country.empty())
       code += "-" + country;
+    code = normalizedLanguage(code);
     if (isSafeName(code) && std::find(codes.begin(), codes.end(), code) == codes.end()) {
       codes.push_back(code);
     }
