@@ -30,15 +30,19 @@ class ScriptError : public std::runtime_error {
 // mode, the scenario tests and the benchmark all go through it. The platform,
 // the host and the output stream are borrowed and must outlive the runner.
 //
-// Commands, one per line; '#' starts a comment, blank lines are skipped:
+// Commands, one per line of at most kMaxLineBytes (a UTF-8 byte-order mark
+// may start the script); '#' starts a comment, blank lines are skipped:
 //   seed N                    before start: seed rand() with N (default: the time)
 //   device phone|pad W H      before start: idiom and view size (default phone 320 568)
 //   start                     bring the game up as the host view controller does
 //   frames N                  run N frames
 //   wait SECONDS              run round(SECONDS × 60) frames
 //   tap X Y [X Y ...]         one touch-began event with these touches (scene
-//                             points), delivered at the next frame
-//   tapbutton play|helpplay|again   a tap at the centre of that button
+//                             points), delivered at the next frame; with an
+//                             application, through its window as a finger goes
+//                             (an alert or an interstitial on top takes it)
+//   tapbutton play|helpplay|again   a tap at the centre of that button;
+//                             refused, naming the view, when one covers it
 //   autoplay on|off           let the built-in player tap, frame by frame
 //   dump                      print the state as one line of JSON (with a window:
 //                             "window" and the "views" above the scene too)
