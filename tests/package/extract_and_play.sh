@@ -23,7 +23,7 @@ debs=("$scratch"/out/twinlanes_*.deb)
 deb=${debs[0]}
 
 depends=$(dpkg-deb -f "$deb" Depends)
-for lib in libsdl2-2.0-0 libsdl2-image-2.0-0 libcairo2 libpango-1.0-0 libcurl4 libbox2d2 libexpat1 \
+for lib in libsdl2-2.0-0 libsdl2-image-2.0-0 libcairo2 libpango-1.0-0 libcurl4 libbox2d2 \
   fonts-liberation2; do
   [[ $depends == *"$lib"* ]] || fail "Depends lacks $lib: $depends"
 done
