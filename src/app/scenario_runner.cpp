@@ -84,6 +84,18 @@ double real(std::string_view word, const char* what) {
   return value;
 }
 
+// What a player sees over a covered button: the alert by its title, any
+// other view by the window's child that holds it.
+std::string describeCover(std::shared_ptr<kit::View> view) {
+  for (auto v = view; v; v = v->superview()) {
+    if (auto alert = std::dynamic_pointer_cast<kit::AlertView>(v))
+      return "the alert '" + alert->title() + "'";
+    if (v->superview() && !v->superview()->superview())
+      view = v;
+  }
+  return "a " + view->className();
+}
+
 void expectCount(const std::vector<std::string_view>& w, std::size_t count, const char* usage) {
   if (w.size() != count)
     throw ScriptError(std::string("usage: ") + usage);
@@ -331,22 +343,6 @@ void ScenarioRunner::tap(std::vector<kit::Point> touches) {
   }
   app->touchesBegan(inWindow);
 }
-
-namespace {
-
-// What a player sees over a covered button: the alert by its title, any
-// other view by the window's child that holds it.
-std::string describeCover(std::shared_ptr<kit::View> view) {
-  for (auto v = view; v; v = v->superview()) {
-    if (auto alert = std::dynamic_pointer_cast<kit::AlertView>(v))
-      return "the alert '" + alert->title() + "'";
-    if (v->superview() && !v->superview()->superview())
-      view = v;
-  }
-  return "a " + view->className();
-}
-
-}  // namespace
 
 void ScenarioRunner::tapButton(std::string_view name) {
   GameScene& game = startedScene("tapbutton");
