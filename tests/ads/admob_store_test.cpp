@@ -106,8 +106,8 @@ class CheckVersionTest : public AdmobViewControllerTest {
   }
 
   kit::TempDir resources;
+  std::string reply;  // read by the server's thread: it goes after the server
   LoopbackServer server;
-  std::string reply;
 };
 
 TEST_F(CheckVersionTest, ANewerVersionSortsAfterThisBuildAsTextAndOddRepliesMeanNo) {
