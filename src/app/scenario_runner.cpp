@@ -84,12 +84,13 @@ double real(std::string_view word, const char* what) {
   return value;
 }
 
-// What a player sees over a covered button: the alert by its title, any
-// other view by the window's child that holds it.
+// What a player sees over a covered button: the alert by its title (or its
+// message when it has none), any other view by the window's child that holds it.
 std::string describeCover(std::shared_ptr<kit::View> view) {
   for (auto v = view; v; v = v->superview()) {
     if (auto alert = std::dynamic_pointer_cast<kit::AlertView>(v))
-      return "the alert '" + alert->title() + "'";
+      return "the alert " +
+             quoted(std::string_view(alert->title().empty() ? alert->message() : alert->title()));
     if (v->superview() && !v->superview()->superview())
       view = v;
   }
