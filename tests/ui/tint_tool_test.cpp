@@ -84,9 +84,11 @@ TEST_F(TintToolTest, OutputGoesThroughAnUnpredictableFileAndNeverThroughLinksFif
   EXPECT_EQ(kept.str(), "keep");
 
   // Outputs that are not regular files are refused and stay what they were.
+  // (Never a real device here: a tool with this fault, run as root, would
+  // replace it for the whole machine.)
   std::filesystem::create_symlink(victim, path("link.png"));
   ASSERT_EQ(::mkfifo(path("fifo.png").c_str(), 0600), 0);
-  for (const std::string& target : {path("link.png"), path("fifo.png"), std::string("/dev/null")}) {
+  for (const std::string& target : {path("link.png"), path("fifo.png")}) {
     EXPECT_EQ(run({in, "#ff3333", "tint", target}), 1) << target;
     EXPECT_NE(errors.find("not a regular file"), std::string::npos) << errors;
   }
