@@ -1,14 +1,16 @@
 # Shared helpers for module and test folders.
 
 # Headless environment for every test: no display, no real pref folder, no
-# real browser, and suppressions for the libraries' own process-lifetime caches.
+# real browser, and suppressions for the libraries' own process-lifetime caches
+# and for races inside uninstrumented system libraries.
 set(TWINLANES_TEST_ENV
   "SDL_VIDEODRIVER=dummy"
   "SDL_FRAMEBUFFER_ACCELERATION=0"
   "LANG=C.UTF-8"
   "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
   "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1"
-  "ASAN_OPTIONS=detect_leaks=1")
+  "ASAN_OPTIONS=detect_leaks=1"
+  "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp")
 
 # twinlanes_test(NAME <target> LABEL unit|scenario|e2e SOURCES ... LIBS ...)
 # Builds a GoogleTest executable and registers each case with CTest under the

@@ -5,6 +5,7 @@
 
 #include "ads/admob_view_controller.h"
 #include "ads/store_lookup_reply.h"
+#include "adsdk/house_ad_network.h"
 #include "kit/ui/alert_view.h"
 #include "names/preference_keys.h"
 #include "names/store_link.h"
@@ -71,10 +72,19 @@ void AdmobViewController::InitVar() {
   setKeyTimes(prefkey::kAppOpenTimes, static_cast<long>(openTimes));
 
   const kit::Bundle& bundle = environment_.services.bundle;
-  banner_id =
-      getStrKey(prefkey::kBannerId, bundle.infoValue("bannerAdUnitId").stringValue().value_or(""));
-  interstitial_id = getStrKey(prefkey::kInterstitialId,
-                              bundle.infoValue("interstitialAdUnitId").stringValue().value_or(""));
+  // A stored unit the network would refuse (a hand-edited file) gives way to
+  // the publisher's, or the ads would stay off for good.
+  const auto storedUnit = [&](const std::string& key, const std::string& infoKey) {
+    const std::string publisher = bundle.infoValue(infoKey).stringValue().value_or("");
+    std::string id = getStrKey(key, publisher);
+    if (!isAdUnitID(id) && isAdUnitID(publisher)) {
+      setKeyTimes(key, publisher);
+      id = publisher;
+    }
+    return id;
+  };
+  banner_id = storedUnit(prefkey::kBannerId, "bannerAdUnitId");
+  interstitial_id = storedUnit(prefkey::kInterstitialId, "interstitialAdUnitId");
   bInApp = false;
 }
 

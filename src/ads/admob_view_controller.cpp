@@ -1,5 +1,6 @@
 #include "ads/admob_view_controller.h"
 
+#include <cstdint>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -7,6 +8,7 @@
 #include "adsdk/gad_ad_size.h"
 #include "adsdk/gad_request.h"
 #include "kit/foundation/assert.h"
+#include "kit/foundation/json.h"
 #include "kit/ui/screen.h"
 
 namespace {
@@ -102,7 +104,15 @@ void AdmobViewController::init() {
   heightScreen = static_cast<float>(screen.bounds().height);
   scaleScreen = screen.scale() < 1.1 ? 1.0f : 2.0f;
 
-  app_id = static_cast<int32_t>(services.bundle.infoValue("appStoreId").integerValue());
+  // A store id is a positive 32-bit number; anything else is no id at all,
+  // never another app's.
+  const kit::Value storeId = services.bundle.infoValue("appStoreId");
+  const long long id = storeId.integerValue();
+  app_id = (storeId.ifInteger() || storeId.ifString()) && id > 0 && id <= INT32_MAX
+               ? static_cast<int32_t>(id)
+               : 0;
+  if (app_id == 0)
+    services.log.write("appStoreId " + kit::toJson(storeId) + " is not a store id");
   supportMail = services.bundle.infoValue("supportMail").stringValue().value_or("");
   storeLookupHost_ = services.bundle.infoValue("storeLookupHost").stringValue().value_or("");
 

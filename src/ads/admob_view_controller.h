@@ -82,6 +82,9 @@ class AdmobViewController final : public kit::ViewController,
   int32_t launchCount() const { return openTimes; }       // this launch included
   long firstLaunchTime() const { return firstOpenTime; }  // seconds since 1970
   const std::string& bannerUnitId() const { return banner_id; }
+  const std::string& interstitialUnitId() const { return interstitial_id; }
+  // The app's store identifier from the publisher config; 0 when it holds none.
+  int32_t appStoreId() const { return app_id; }
   // Made by the first placement; null before.
   const std::shared_ptr<GADBannerView>& banner() const { return adBanner; }
   // The preloaded interstitial.

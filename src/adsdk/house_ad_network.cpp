@@ -13,9 +13,6 @@
 #include "adsdk/creative_source.h"
 #include "kit/foundation/assert.h"
 
-namespace {
-
-// "ca-app-pub-" + 16 digits + "/" + 10 digits.
 bool isAdUnitID(const std::string& id) {
   constexpr std::string_view kPrefix = "ca-app-pub-";
   if (id.size() != kPrefix.size() + 16 + 1 + 10 || id.compare(0, kPrefix.size(), kPrefix) != 0)
@@ -27,6 +24,8 @@ bool isAdUnitID(const std::string& id) {
   }
   return true;
 }
+
+namespace {
 
 bool isUsableSize(kit::Size size) {
   return std::isfinite(size.width) && std::isfinite(size.height) && size.width >= 1 &&

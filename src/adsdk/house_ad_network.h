@@ -9,6 +9,10 @@
 #include "adsdk/ad_network.h"
 #include "kit/foundation/services.h"
 
+// Whether `id` is an ad unit the network serves: "ca-app-pub-" + 16 digits
+// + "/" + 10 digits.
+bool isAdUnitID(const std::string& id);
+
 // The network behind the stand-in SDK: house ads for the game itself, from
 // the bundled ads/ folder of the resources or, when the publisher config
 // names an "adServerUrl", from that server. Creatives are read and drawn on

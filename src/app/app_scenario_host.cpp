@@ -26,6 +26,8 @@ void AppScenarioHost::start(kit::Size viewSize, std::optional<unsigned> seed) {
     game_.reset();
     throw ScriptError(launched.error());
   }
+  if (options_.progressDemo)
+    progressDemo_ = runProgressDemo(game_->application().window(), services_.runLoop);
 }
 
 std::shared_ptr<GameScene> AppScenarioHost::scene() const {
@@ -50,6 +52,7 @@ kit::Application* AppScenarioHost::application() const {
 void AppScenarioHost::end() {
   if (!game_)
     return;
+  progressDemo_.reset();
   game_->application().terminate();
   game_.reset();
 }

@@ -9,6 +9,7 @@
 #include "app/host_services.h"
 #include "app/scenario_host.h"
 #include "kit/foundation/value.h"
+#include "ui/progress_demo.h"
 
 // Hosts the game for the scenario runner the way the game runs for a
 // player: AppDelegate, the interface layout's window and ViewController (so
@@ -20,7 +21,8 @@ class AppScenarioHost final : public ScenarioHost {
   struct Options {
     std::filesystem::path resourceDir;
     bool window = true;
-    double windowScale = 0;  // 0 fits the desktop
+    double windowScale = 0;     // 0 fits the desktop
+    bool progressDemo = false;  // the progress overlay counts over the game from start
   };
 
   AppScenarioHost(Options options, const kit::Services& services, HostServices& host);
@@ -51,5 +53,6 @@ class AppScenarioHost final : public ScenarioHost {
   kit::Services services_;
   HostServices& host_;
   std::unique_ptr<GameApplication> game_;
-  std::unique_ptr<kit::FrameDriver> idle_;  // answers frameDriver() before start
+  std::unique_ptr<ProgressDemo> progressDemo_;  // goes before the game it covers
+  std::unique_ptr<kit::FrameDriver> idle_;      // answers frameDriver() before start
 };

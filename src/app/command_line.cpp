@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
@@ -56,9 +58,18 @@ std::optional<kit::Size> parseSize(const std::string& text) {
   char x = 0, extra = 0;
   if (std::sscanf(text.c_str(), "%lf%c%lf%c", &w, &x, &h, &extra) != 3 || (x != 'x' && x != 'X'))
     return std::nullopt;
-  if (!(w >= 1 && w <= 10000 && h >= 1 && h <= 10000))
+  if (!(w >= 1 && w <= ScenarioRunner::kMaxViewSide && h >= 1 && h <= ScenarioRunner::kMaxViewSide))
     return std::nullopt;
   return kit::Size{w, h};
+}
+
+// A finite number written out whole ("2", "1.5"), or nothing.
+std::optional<double> parseNumber(const std::string& text) {
+  double value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+    return std::nullopt;
+  return value;
 }
 
 // The resources folder: next to the binary (a build tree or an unpacked
@@ -165,7 +176,8 @@ int runScript(const Flags& flags) {
   // the seed so that any run can be replayed. A run seeded here also starts
   // its clock at a fixed time: its ads' time stamps replay too.
   ScriptLaunches launches({*prefs, findResources(), !flags.headless, flags.scale, flags.language,
-                           flags.seed ? kReplayEpoch : static_cast<int64_t>(std::time(nullptr))});
+                           flags.seed ? kReplayEpoch : static_cast<int64_t>(std::time(nullptr)),
+                           flags.progressDemo});
   ScenarioRunner runner(launches.platform(), launches.host(), std::cout);
   runner.attachAds(launches.ads());
   runner.setRelauncher([&launches] {
@@ -251,10 +263,21 @@ int twinlanesMain(int argc, char** argv) {
   app.add_flag("--fullscreen", flags.fullscreen, "Start in fullscreen (F11 or Alt+Enter toggles)");
   app.add_option("--scale", flags.scale,
                  "Window pixels per point (default: the largest that fits the desktop)")
-      ->check(CLI::Range(0.25, 8.0));
+      ->check(CLI::Validator(
+          [](std::string& text) {
+            const std::optional<double> scale = parseNumber(text);
+            return scale && *scale >= 0.25 && *scale <= 8 ? std::string()
+                                                          : "expected from 0.25 to 8, not " + text;
+          },
+          "0.25..8"));
   app.add_option("--prefs-dir", flags.prefsDir,
                  "Folder for the preferences file (default: the per-user data folder; a fresh "
-                 "temporary folder for scripts)");
+                 "temporary folder for scripts)")
+      ->check(CLI::Validator(
+          [](std::string& text) {
+            return text.empty() ? "expected a folder, not an empty name" : std::string();
+          },
+          "DIR"));
   app.add_option_function<unsigned>(
       "--seed", [&](const unsigned& seed) { flags.seed = seed; },
       "Seed for the game's random numbers (default: the time); a seeded script "
@@ -266,11 +289,22 @@ int twinlanesMain(int argc, char** argv) {
   app.add_option_function<uint64_t>(
          "--frames", [&](const uint64_t& n) { flags.frames = n; },
          "Run this many frames of the window, then exit")
-      ->check(CLI::PositiveNumber);
+      ->check(CLI::Validator(
+          [](std::string& text) {
+            uint64_t n = 0;
+            const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), n);
+            const bool ok = error == std::errc() && end == text.data() + text.size() && n >= 1 &&
+                            n <= ScenarioRunner::kMaxFramesPerCommand;
+            return ok ? std::string()
+                      : "expected a whole number from 1 to " +
+                            std::to_string(ScenarioRunner::kMaxFramesPerCommand) + ", not " + text;
+          },
+          "N"));
   app.add_option("--screenshot", flags.screenshot, "Save the window as this PNG on exit");
   app.add_flag("--autoplay", flags.autoplay, "Let the built-in player play (a demo)");
   app.add_flag("--progress-demo", flags.progressDemo,
-               "Show the progress overlay counting to 100 % over the game (a demo)");
+               "Show the progress overlay counting to 100 % over the game (a demo; with a "
+               "script, from its start on the script's clock)");
   app.add_option_function<std::string>(
          "--lang", [&](const std::string& code) { flags.language = code; },
          "Preferred language, e.g. en or zh-Hans (default: the desktop's)")
@@ -286,7 +320,7 @@ int twinlanesMain(int argc, char** argv) {
   CLI11_PARSE(app, argc, argv);
 
   if (!flags.script.empty()) {
-    if (flags.frames || !flags.screenshot.empty() || flags.autoplay || flags.progressDemo) {
+    if (flags.frames || !flags.screenshot.empty() || flags.autoplay) {
       std::cerr << "twinlanes: --frames, --screenshot and --autoplay are for the game itself; a "
                    "script uses its frames, screenshot and autoplay commands\n";
       return 2;

@@ -35,8 +35,34 @@ std::vector<std::string_view> words(std::string_view line) {
   return result;
 }
 
+// A word as an error message shows it: quoted, and cut short when long.
 std::string quoted(std::string_view word) {
+  constexpr std::size_t kShown = 40;
+  if (word.size() > kShown)
+    return "'" + std::string(word.substr(0, kShown)) + "...' (" + std::to_string(word.size()) +
+           " bytes)";
   return "'" + std::string(word) + "'";
+}
+
+// Reads one line of at most `limit` bytes into `line` (without its end).
+// False at the end of the script; throws ScriptError for a longer line or a
+// script that cannot be read, consuming nothing more of it.
+bool readLine(std::istream& in, std::string& line, std::size_t limit) {
+  line.clear();
+  for (;;) {
+    const int c = in.get();
+    if (c == std::char_traits<char>::eof()) {
+      if (in.bad())
+        throw ScriptError("cannot read the script");
+      return !line.empty();
+    }
+    if (c == '\n')
+      return true;
+    if (line.size() == limit) {
+      throw ScriptError("the line is longer than " + std::to_string(limit) + " bytes");
+    }
+    line.push_back(static_cast<char>(c));
+  }
 }
 
 int64_t integer(std::string_view word, int64_t min, int64_t max, const char* what) {
@@ -60,6 +86,19 @@ double real(std::string_view word, const char* what) {
   return value;
 }
 
+// What a player sees over a covered button: the alert by its title (or its
+// message when it has none), any other view by the window's child that holds it.
+std::string describeCover(std::shared_ptr<kit::View> view) {
+  for (auto v = view; v; v = v->superview()) {
+    if (auto alert = std::dynamic_pointer_cast<kit::AlertView>(v))
+      return "the alert " +
+             quoted(std::string_view(alert->title().empty() ? alert->message() : alert->title()));
+    if (v->superview() && !v->superview()->superview())
+      view = v;
+  }
+  return "a " + view->className();
+}
+
 void expectCount(const std::vector<std::string_view>& w, std::size_t count,
                  std::string_view usage) {
   if (w.size() != count)
@@ -75,14 +114,25 @@ ScenarioRunner::ScenarioRunner(kit::HeadlessPlatform& platform, ScenarioHost& ho
 int ScenarioRunner::run(std::istream& script, const std::string& scriptName, std::ostream& err) {
   std::string line;
   int number = 0;
-  while (std::getline(script, line)) {
-    ++number;
-    try {
+  try {
+    // An unreadable script (a folder, say) fails at once, not as an empty one.
+    if (script.peek() == std::char_traits<char>::eof() && script.bad())
+      throw ScriptError("cannot read the script");
+    for (;;) {
+      ++number;
+      if (!readLine(script, line, kMaxLineBytes))
+        break;
+      // Editors may start a UTF-8 file with a byte-order mark.
+      if (number == 1 && line.starts_with("\xEF\xBB\xBF"))
+        line.erase(0, 3);
       execute(line);
-    } catch (const ScriptError& error) {
-      err << scriptName << ":" << number << ": " << error.what() << '\n';
-      return 2;
     }
+  } catch (const ScriptError& error) {
+    err << scriptName;
+    if (number > 0)
+      err << ":" << number;
+    err << ": " << error.what() << '\n';
+    return 2;
   }
   return 0;
 }
@@ -97,9 +147,9 @@ std::span<const ScenarioRunner::Command> ScenarioRunner::commands() {
        &ScenarioRunner::commandStart},
       {"frames N", "advance N whole frames", &ScenarioRunner::commandFrames},
       {"wait SECONDS", "advance round(SECONDS x 60) whole frames", &ScenarioRunner::commandWait},
-      {"tap X Y [X Y ...]", "one touch event with these touches, in scene points",
+      {"tap X Y [X Y ...]", "one touch event with these touches, in scene points, through the window as a finger goes (an alert or an interstitial on top takes it)",
        &ScenarioRunner::commandTap},
-      {"tapbutton play|helpplay|again", "a tap at the centre of that button",
+      {"tapbutton play|helpplay|again", "a tap at the centre of that button; refused, saying what covers it, when a view does",
        &ScenarioRunner::commandTapButton},
       {"autoplay on|off", "the built-in player taps, frame by frame",
        &ScenarioRunner::commandAutoplay},
@@ -146,8 +196,10 @@ void ScenarioRunner::commandDevice(const Words& w, std::string_view usage) {
     throw ScriptError("the device is phone or pad, not " + quoted(w[1]));
   }
   const double width = real(w[2], "the width"), height = real(w[3], "the height");
-  if (width <= 0 || height <= 0)
-    throw ScriptError("the view size must be positive");
+  if (!(width >= 1 && height >= 1 && width <= kMaxViewSide && height <= kMaxViewSide)) {
+    throw ScriptError("the view size must be from 1 to " +
+                      std::to_string(static_cast<int>(kMaxViewSide)) + " points each way");
+  }
   setDevice(w[1] == "pad" ? kit::Device::Idiom::Pad : kit::Device::Idiom::Phone, {width, height});
 }
 
@@ -158,7 +210,7 @@ void ScenarioRunner::commandStart(const Words& w, std::string_view usage) {
 
 void ScenarioRunner::commandFrames(const Words& w, std::string_view usage) {
   expectCount(w, 2, usage);
-  runFrames(integer(w[1], 0, kMaxFramesPerCommand, "the frame count"));
+  runFrames(integer(w[1], 0, kMaxFramesPerCommand, "the frame count"), "frames");
 }
 
 void ScenarioRunner::commandWait(const Words& w, std::string_view usage) {
@@ -169,7 +221,7 @@ void ScenarioRunner::commandWait(const Words& w, std::string_view usage) {
     throw ScriptError("the wait must be from 0 to " + std::to_string(kMaxFramesPerCommand / 60) +
                       " seconds");
   }
-  runFrames(static_cast<int64_t>(count));
+  runFrames(static_cast<int64_t>(count), "wait");
 }
 
 void ScenarioRunner::commandTap(const Words& w, std::string_view usage) {
@@ -332,8 +384,8 @@ GameScene& ScenarioRunner::startedScene(std::string_view command) const {
   return *presented;
 }
 
-void ScenarioRunner::runFrames(int64_t count) {
-  GameScene& game = startedScene("frames");
+void ScenarioRunner::runFrames(int64_t count, std::string_view command) {
+  GameScene& game = startedScene(command);
   kit::FrameDriver& driver = host_->frameDriver();
   for (int64_t i = 0; i < count; ++i) {
     const int64_t due = frame_ * kit::kNanosPerSecond / 60;
@@ -351,7 +403,19 @@ void ScenarioRunner::runFrames(int64_t count) {
 
 void ScenarioRunner::tap(std::vector<kit::Point> touches) {
   startedScene("tap");
-  host_->frameDriver().touchesBegan(std::move(touches));
+  kit::Application* app = host_->application();
+  if (!app) {
+    host_->frameDriver().touchesBegan(std::move(touches));
+    return;
+  }
+  // Through the application's touch routing, as a player's fingers go: an
+  // alert or an interstitial over the scene takes the touch.
+  std::vector<kit::Point> inWindow;
+  for (const kit::Point p : touches) {
+    if (const std::optional<kit::Point> w = app->windowPointOfScene(p))
+      inWindow.push_back(*w);
+  }
+  app->touchesBegan(inWindow);
 }
 
 void ScenarioRunner::tapButton(std::string_view name) {
@@ -366,7 +430,14 @@ void ScenarioRunner::tapButton(std::string_view name) {
   } else {
     throw ScriptError("the buttons are play, helpplay and again, not " + quoted(name));
   }
-  tap({Autoplayer::centreInScene(*button)});
+  const kit::Point centre = Autoplayer::centreInScene(*button);
+  if (kit::Application* app = host_->application()) {
+    if (auto cover = app->viewCoveringScene(centre)) {
+      throw ScriptError("the " + std::string(name) + " button is covered by " +
+                        describeCover(std::move(cover)));
+    }
+  }
+  tap({centre});
 }
 
 kit::Value ScenarioRunner::dump() {

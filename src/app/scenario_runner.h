@@ -31,7 +31,8 @@ class ScriptError : public std::runtime_error {
 // mode, the scenario tests and the benchmark all go through it. The platform,
 // the host and the output stream are borrowed and must outlive the runner.
 //
-// Commands, one per line ('#' starts a comment, blank lines are skipped), are
+// Commands, one per line of at most kMaxLineBytes (a UTF-8 byte-order mark
+// may start the script; '#' starts a comment, blank lines are skipped), are
 // listed in commands(): that one table drives the runner, its --help and the
 // README's table. Dumps also tell "alert" (null, or its title, message,
 // buttons and tag), "toasts" (the texts of the toasts on the game's view),
@@ -75,7 +76,8 @@ class ScenarioRunner {
   void setSeed(unsigned seed);
   void setDevice(kit::Device::Idiom idiom, kit::Size viewSize);
   void start();
-  void runFrames(int64_t count);
+  // `command` names the script command that asked, for its error.
+  void runFrames(int64_t count, std::string_view command = "frames");
   void tap(std::vector<kit::Point> touches);
   void tapButton(std::string_view name);
   void setAutoplay(bool on) { autoplay_ = on; }
@@ -106,6 +108,11 @@ class ScenarioRunner {
   // Longest single frames or wait request; longer ones are refused rather
   // than left to run for days.
   static constexpr int64_t kMaxFramesPerCommand = 1'000'000'000;
+  // The longest script line; a longer one is refused, not read whole.
+  static constexpr std::size_t kMaxLineBytes = 64 * 1024;
+  // The largest view a device command sets up, each way, in points (as
+  // --size allows): beyond it no window or physics world makes sense.
+  static constexpr double kMaxViewSide = 10'000;
   // The latest time `now` takes: the last second of the year 9999.
   static constexpr int64_t kLatestTime = 253'402'300'799;
 

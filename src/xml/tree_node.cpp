@@ -262,9 +262,28 @@ std::optional<std::string> TreeNode::leafForKeys(const std::vector<std::string>&
 }
 
 void TreeNode::dumpAtIndent(int indent, std::string& into) const {
+  dumpWalk(indent, into, nullptr);
+}
+
+void TreeNode::dumpAtIndent(int indent, std::ostream& out) const {
+  std::string piece;
+  const auto flush = [&out](std::string& lines) {
+    out.write(lines.data(), static_cast<std::streamsize>(lines.size()));
+    lines.clear();
+    return static_cast<bool>(out);
+  };
+  dumpWalk(indent, piece, flush);
+  flush(piece);
+}
+
+void TreeNode::dumpWalk(int indent, std::string& into,
+                        const std::function<bool(std::string&)>& flush) const {
+  constexpr size_t kPieceBytes = 64 * 1024;
   // Depths are wide so that a child of a node at INT_MAX does not overflow.
   std::vector<std::pair<const TreeNode*, long long>> stack{{this, indent}};
   while (!stack.empty()) {
+    if (flush && into.size() >= kPieceBytes && !flush(into))
+      return;
     auto [node, depth] = stack.back();
     stack.pop_back();
     if (depth > 0)

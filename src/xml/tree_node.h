@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -102,6 +104,10 @@ class TreeNode : public std::enable_shared_from_this<TreeNode> {
   // line break. A nil key prints as "(null)".
   void dumpAtIndent(int indent, std::string& into) const;
   std::string dump() const;
+  // The same lines written to `out` as they are made, a piece at a time:
+  // memory stays flat however long the dump (a deep tree's grows with the
+  // square of its depth). Stops once `out` fails.
+  void dumpAtIndent(int indent, std::ostream& out) const;
 
   // Key -> value of the direct children that have a value; later children
   // win over earlier ones with the same key.
@@ -113,6 +119,11 @@ class TreeNode : public std::enable_shared_from_this<TreeNode> {
   void teardown();
 
  private:
+  // The dump's walk: lines go to `into`; `flush` is offered it whenever it
+  // holds a piece and may empty it, or return false to stop the walk.
+  void dumpWalk(int indent, std::string& into,
+                const std::function<bool(std::string&)>& flush) const;
+
   const Children& list() const;
   // The link to the first child with the key, or null.
   const std::shared_ptr<TreeNode>* firstChild(const std::string& key) const;

@@ -1,8 +1,14 @@
 #include "xml/xml_parser.h"
 
 std::shared_ptr<TreeNode> XMLParser::parseXMLFromURL(std::string_view url) {
-  auto parser = kit::XmlEventParser::withContentsOfURL(url, http_);
-  return parse(parser.get());
+  kit::Result<std::unique_ptr<kit::XmlEventParser>> parser =
+      kit::XmlEventParser::openURL(url, http_);
+  if (!parser) {
+    auto nothing = parse(nullptr);
+    log_.write("cannot read " + std::string(url) + ": " + parser.error());
+    return nothing;
+  }
+  return parse(parser->get());
 }
 
 std::shared_ptr<TreeNode> XMLParser::parseXMLFromData(std::string_view data) {

@@ -32,8 +32,8 @@ class XMLParser final : public kit::XmlEventParserDelegate {
   // Makes `parser` (borrowed; nullptr clears) the shared loader.
   static void setSharedInstance(XMLParser* parser);
 
-  // A plain path, a file:// URL or an http(s) URL. Nil (after the log line)
-  // when the document cannot be read.
+  // A plain path, a file:// URL or an http(s) URL. Nil when the document
+  // cannot be read, after the log line and a second one saying why.
   std::shared_ptr<TreeNode> parseXMLFromURL(std::string_view url);
   std::shared_ptr<TreeNode> parseXMLFromData(std::string_view data);
   // Runs `parser` (null counts as a failed parse) with this loader as its

@@ -5,6 +5,7 @@
 #include "adsdk/loopback_server.h"
 #include "kit/foundation/json.h"
 #include "kit/foundation/read_file.h"
+#include "names/preference_keys.h"
 
 namespace {
 
@@ -49,6 +50,30 @@ TEST_F(AdmobCountersTest, TheStorePageOpensAsAStoreLinkForAnIdentifierOnly) {
   EXPECT_TRUE(platform().log.contains("not a store identifier: 12/../../evil"));
 }
 
+TEST_F(AdmobCountersTest, AStoreIdBeyond32BitsIsNoIdNotAnotherAppsId) {
+  // 5529535186 is 2^32 + 1234567890: cut to 32 bits it would be this app's.
+  kit::TempDir resources;
+  std::filesystem::copy(TWINLANES_RESOURCES, resources.path(),
+                        std::filesystem::copy_options::recursive);
+  std::string publisher = *kit::readSmallFile(resources.path() / "publisher.json", 1 << 20);
+  publisher.replace(publisher.find("1234567890"), 10, "5529535186");
+  std::ofstream(resources.path() / "publisher.json") << publisher;
+  launchAt(0, {.resources = resources.path()});
+  EXPECT_EQ(ads().appStoreId(), 0);
+  EXPECT_TRUE(platform().log.contains("appStoreId 5529535186 is not a store id"));
+  launchAt(1);
+  EXPECT_EQ(ads().appStoreId(), 1234567890);
+}
+
+TEST_F(AdmobCountersTest, AStoredAdUnitTheNetworkWouldRefuseGivesWayToThePublishers) {
+  ads().setKeyTimes(prefkey::kBannerId, "not a unit");
+  ads().setKeyTimes(prefkey::kInterstitialId, "");
+  launchAt(60);
+  EXPECT_EQ(ads().bannerUnitId(), "ca-app-pub-1234567890123456/1234567890");
+  EXPECT_EQ(ads().interstitialUnitId(), "ca-app-pub-1234567890123456/0987654321");
+  EXPECT_EQ(pref("banner-id"), "ca-app-pub-1234567890123456/1234567890");
+}
+
 // The store lookup against a loopback server, from a build of a given version.
 class CheckVersionTest : public AdmobViewControllerTest {
  protected:
@@ -82,8 +107,8 @@ class CheckVersionTest : public AdmobViewControllerTest {
   }
 
   kit::TempDir resources;
+  std::string reply;  // read by the server's thread: it goes after the server
   LoopbackServer server;
-  std::string reply;
 };
 
 TEST_F(CheckVersionTest, ANewerVersionSortsAfterThisBuildAsTextAndOddRepliesMeanNo) {

@@ -100,14 +100,15 @@ TEST_F(ServedAdsTest, AMissingManifestIsAServerErrorAndAStalledOneANetworkError)
 }
 
 TEST_F(ServedAdsTest, FramesGoOnWhileTheServerIsSlow) {
+  // The server holds its answer until teardown and the request would wait far
+  // longer: frames that waited for it would find the answer there (or hang).
   const std::string url = "http://" + server.host() + "/slow/manifest.json";
   network = std::make_shared<HouseAdNetwork>(  // not deterministic
       platform.services(),
-      HouseAdNetwork::Options{.serverURL = url, .bundledFolder = {}, .serverTimeoutMs = 400});
-  ask(AdFormat::Banner, {320, 50});
-  const auto start = std::chrono::steady_clock::now();
-  advance(1);  // 60 frames
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
+      HouseAdNetwork::Options{.serverURL = url, .bundledFolder = {}, .serverTimeoutMs = 60'000});
+  auto answer = ask(AdFormat::Banner, {320, 50});
+  advance(1);  // 60 frames on the manual clock
+  EXPECT_FALSE(*answer);
 }
 
 TEST_F(ServedAdsTest, QuittingDoesNotWaitForADownloadInFlight) {

@@ -214,3 +214,43 @@ TEST_F(ScenarioTest, ACommandWithTheWrongWordsAnswersWithItsUsageFromTheTable) {
         << command.name();
   }
 }
+
+TEST_F(ScenarioTest, ADeviceSizeNoWindowCanHaveIsRefusedBeforeThePhysicsSeesIt) {
+  for (const char* size : {"1e39 1e39", "0.5 568", "320 20000", "320 0"}) {
+    Session session;
+    EXPECT_EQ(session.run(std::string("device phone ") + size + "\nstart\n"), 2) << size;
+    EXPECT_EQ(session.errors.str(),
+              "test.tl:1: the view size must be from 1 to 10000 points each way\n");
+    EXPECT_FALSE(session.runner.scene());
+  }
+}
+
+TEST_F(ScenarioTest, UnreadableScriptsAndEndlessLinesFailWithBoundedMessages) {
+  // A folder opens, but cannot be read.
+  kit::TempDir folder{"twinlanes-folder"};
+  std::ifstream unreadable(folder.path());
+  EXPECT_EQ(runner.run(unreadable, "dir", err), 2);
+  EXPECT_EQ(err.str(), "dir: cannot read the script\n");
+
+  // A line without an end is not read whole, and a bad word is not echoed whole.
+  const std::string endless(ScenarioRunner::kMaxLineBytes + 1, 'x');
+  const std::pair<std::string, std::string> cases[] = {
+      {"start\n" + endless, "test.tl:2: the line is longer than 65536 bytes\n"},
+      {std::string(60'000, 'y') + "\n",
+       "test.tl:1: unknown command 'yyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyy...' (60000 bytes)\n"},
+  };
+  for (const auto& [script, message] : cases) {
+    Session session;
+    EXPECT_EQ(session.run(script), 2);
+    EXPECT_EQ(session.errors.str(), message);
+  }
+}
+
+TEST_F(ScenarioTest, AByteOrderMarkStartsAScriptAndWaitBeforeStartIsBlamedOnWait) {
+  Session marked;
+  EXPECT_EQ(marked.run("\xEF\xBB\xBFstart\r\nframes 1\r\n"), 0) << marked.errors.str();
+  EXPECT_TRUE(marked.runner.scene());
+  Session early;
+  EXPECT_EQ(early.run("wait 1\n"), 2);
+  EXPECT_EQ(early.errors.str(), "test.tl:1: wait needs a started game (start first)\n");
+}

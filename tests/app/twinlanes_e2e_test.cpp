@@ -59,3 +59,30 @@ TEST_F(TwinlanesCommand, ABadScriptLineFailsWithItsLineNumberAndStatus2) {
   EXPECT_EQ(missing.status, 2);
   EXPECT_NE(missing.err.find("cannot read the script"), std::string::npos) << missing.err;
 }
+
+TEST_F(TwinlanesCommand, FlagsOutsideTheirRangeAreRefusedWithAShortReason) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"--scale nan", "--scale: expected from 0.25 to 8, not nan"},
+      {"--scale inf", "--scale: expected from 0.25 to 8, not inf"},
+      {"--frames 18446744073709551616",
+       "--frames: expected a whole number from 1 to 1000000000, not 18446744073709551616"},
+      {"--frames 0", "--frames: expected a whole number from 1 to 1000000000, not 0"},
+      {"--prefs-dir ''", "--prefs-dir: expected a folder, not an empty name"},
+  };
+  for (const auto& [flags, message] : cases) {
+    const auto r = run(flags);
+    EXPECT_NE(r.status, 0) << flags;
+    EXPECT_NE(r.err.find(message), std::string::npos) << flags << ": " << r.err;
+    EXPECT_LT(r.err.size(), 200u) << r.err;
+  }
+}
+
+TEST_F(TwinlanesCommand, ScriptsThatCannotBeReadOrNeverEndALineFailClearly) {
+  const auto folder = run("--headless --script '" + dir.path().string() + "'");
+  EXPECT_EQ(folder.status, 2);
+  EXPECT_NE(folder.err.find("cannot read the script"), std::string::npos) << folder.err;
+  const auto zero = run("--headless --script /dev/zero");
+  EXPECT_EQ(zero.status, 2);
+  EXPECT_NE(zero.err.find("/dev/zero:1: the line is longer than"), std::string::npos) << zero.err;
+  EXPECT_LT(zero.err.size(), 200u);
+}

@@ -55,6 +55,23 @@ TEST_F(AdsOnScreenTest, EverySecondGameOverShowsAnInterstitialOverTheWindow) {
   EXPECT_EQ(file["interstitial-id"], "ca-app-pub-1234567890123456/0987654321");
 }
 
+TEST_F(AdsOnScreenTest, ScriptTapsUnderTheInterstitialNeverReachTheGame) {
+  // A finger on the play-again button's place (160, 250 in the scene) lands
+  // on the interstitial over it, which opens its page; the game stays over.
+  const Outcome r = run({"--headless", "--seed", "7"},
+                        "start\ntapbutton play\n" + crashAndWait + "tapbutton again\n" +
+                            crashAndWait + "tap 160 250\nwait 1\ndump\ntapbutton again\n");
+  EXPECT_EQ(r.exitCode, 2);
+  EXPECT_NE(r.err.find(":11: the again button is covered by a GADInterstitialView"),
+            std::string::npos)
+      << r.err;
+  ASSERT_EQ(r.dumps.size(), 3u) << r.out;
+  EXPECT_EQ(r.dumps[1]["ads"]["interstitial"]["showing"], true);
+  EXPECT_EQ(r.dumps[2]["ads"]["interstitial"]["showing"], true);
+  EXPECT_TRUE(r.dumps[2]["overFlag"].get<bool>());
+  EXPECT_EQ(r.dumps[2]["openedURLs"].size(), 1u);
+}
+
 TEST_F(AdsOnScreenTest, ANetworkWithoutAdsLeavesTheStripEmptyAndSaysWhy) {
   const Outcome r =
       run({"--headless", "--seed", "3"}, "adnet fail\nstart\nwait 1\ndump\nclosead\n");

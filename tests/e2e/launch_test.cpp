@@ -44,20 +44,42 @@ TEST_F(LaunchTest, FramesAndScreenshotRenderTheRealWindowOfTheGivenSizeAndExit) 
 }
 
 TEST_F(LaunchTest, TheProgressDemoShowsItsPanelOverTheGame) {
+  // 150 frames on the script's clock: the demo counts for 180, however slowly
+  // the machine draws them.
   const auto brightnessOfPlayButton = [&](bool demo) {
-    std::vector<std::string> args{"--scale",      "1",
-                                  "--frames",     "150",
-                                  "--screenshot", (dir.path() / "shot.png").string(),
-                                  "--prefs-dir",  prefs()};
+    std::vector<std::string> args{"--scale", "1", "--prefs-dir", prefs()};
     if (demo)
       args.push_back("--progress-demo");
-    const Outcome r = run(args);
+    const Outcome r = run(args, "start\nframes 150\nscreenshot " + shot("shot.png") + "\n");
     EXPECT_EQ(r.exitCode, 0) << r.err;
     return at(screenshot("shot.png"), 200, 300).brightness();
   };
   // The dark panel covers the home screen's play button while it counts.
   EXPECT_GT(brightnessOfPlayButton(false), 200);
   EXPECT_LT(brightnessOfPlayButton(true), 100);
+}
+
+TEST_F(LaunchTest, AScreenshotThatCannotBeWrittenFailsTheRun) {
+  // A file size limit of one block makes the write fail part-way, as a full
+  // disk does. (Never a real device such as /dev/full here: a fault that
+  // replaced the target, run as root, would replace it for the whole machine.)
+  const auto script = dir.path() / "limited.sh";
+  std::ofstream(script)
+      << "trap '' XFSZ\nulimit -f 1\nexec env -u DISPLAY SDL_VIDEODRIVER=offscreen "
+      << "SDL_FRAMEBUFFER_ACCELERATION=0 '" << TWINLANES_BINARY << "' --frames 1 --screenshot '"
+      << shot("shot.png") << "' --prefs-dir '" << prefs() << "' 2>'" << shot("err.txt") << "'\n";
+  const int status = std::system(("bash '" + script.string() + "'").c_str());
+  EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, 1);
+  const std::string err = read(dir.path() / "err.txt");
+  EXPECT_NE(err.find("cannot write " + shot("shot.png") + ": File too large"), std::string::npos)
+      << err;
+  EXPECT_FALSE(std::filesystem::exists(shot("shot.png")));
+
+  const Outcome scripted =
+      run({"--prefs-dir", prefs()}, "start\nscreenshot " + shot("none/shot.png") + "\n");
+  EXPECT_EQ(scripted.exitCode, 2);
+  EXPECT_NE(scripted.err.find(":2: cannot write " + shot("none/shot.png")), std::string::npos)
+      << scripted.err;
 }
 
 TEST_F(LaunchTest, WithoutADisplayItSaysSoOnceAndPointsToTheHeadlessMode) {

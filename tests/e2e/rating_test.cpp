@@ -58,6 +58,14 @@ TEST_F(RatingPromptTest, LaunchesOfTheBinaryPromptOnTheSecondAndThirdUntilTheAns
   EXPECT_EQ(stored["cz_rated"], true);
 }
 
+TEST_F(RatingPromptTest, APlayButtonUnderThePromptCannotBePressedAndTheScriptSaysWhy) {
+  ASSERT_EQ(launchAfter(0).exitCode, 0);
+  const Outcome r = launchAfter(1, "tapbutton play\n");
+  EXPECT_EQ(r.exitCode, 2);
+  EXPECT_NE(r.err.find(":5: the play button is covered by the alert '"), std::string::npos)
+      << r.err;
+}
+
 TEST_F(RatingPromptTest, ThePromptShowsOverTheHomeScreenInEnglishAndInChinese) {
   expectPromptDrawn(promptShot("prompt-en.png", "en"));
   std::filesystem::remove_all(prefs());

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <cstdlib>
@@ -69,6 +70,56 @@ TEST_F(TintToolTest, TintsAGoodFileKeepingItsPixelSizeAndShapeAndRefusesBadInput
     EXPECT_NE(errors.find(mentions), std::string::npos) << errors;
     EXPECT_FALSE(std::filesystem::exists(out));
   }
+}
+
+TEST_F(TintToolTest, OutputGoesThroughAnUnpredictableFileAndNeverThroughLinksFifosOrDevices) {
+  // A link planted where the old fixed temporary name was is left alone.
+  const std::string victim = path("victim.txt");
+  std::ofstream(victim) << "keep";
+  std::filesystem::create_symlink(victim, out + ".part");
+  ASSERT_EQ(run({in, "#ff3333", "tint", out}), 0) << errors;
+  EXPECT_TRUE(kit::Image::loadPng(out));
+  std::stringstream kept;
+  kept << std::ifstream(victim).rdbuf();
+  EXPECT_EQ(kept.str(), "keep");
+
+  // Outputs that are not regular files are refused and stay what they were.
+  // (Never a real device here: a tool with this fault, run as root, would
+  // replace it for the whole machine.)
+  std::filesystem::create_symlink(victim, path("link.png"));
+  ASSERT_EQ(::mkfifo(path("fifo.png").c_str(), 0600), 0);
+  for (const std::string& target : {path("link.png"), path("fifo.png")}) {
+    EXPECT_EQ(run({in, "#ff3333", "tint", target}), 1) << target;
+    EXPECT_NE(errors.find("not a regular file"), std::string::npos) << errors;
+  }
+  EXPECT_TRUE(std::filesystem::is_symlink(path("link.png")));
+  EXPECT_TRUE(std::filesystem::is_fifo(path("fifo.png")));
+  // Nothing is left behind beside the outputs.
+  int files = 0;
+  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(dir.path()))
+    ++files;
+  EXPECT_EQ(files, 7);  // in, out, out.part, victim, link, fifo, err.txt
+}
+
+TEST_F(TintToolTest, ABadChecksumOrAnEmptyImageIsReportedAsSuchNotAsOutOfMemory) {
+  std::stringstream good;
+  good << std::ifstream(in, std::ios::binary).rdbuf();
+  std::string bytes = good.str();
+  const size_t data = bytes.find("IDAT") + 4;
+  bytes[data + 2] = static_cast<char>(bytes[data + 2] ^ 0xff);  // the checksum no longer holds
+  std::ofstream(path("crc.png"), std::ios::binary) << bytes;
+  // A header of 0 x 0 pixels, its own checksum right.
+  const unsigned char empty[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n', 0,    0,    0,
+                                 13,   'I', 'H', 'D', 'R',  0,    0,    0,    0,    0,    0,
+                                 0,    0,   8,   6,   0,    0,    0,    0x3b, 0x8b, 0x7c, 0x12};
+  std::ofstream(path("empty.png"), std::ios::binary)
+      .write(reinterpret_cast<const char*>(empty), sizeof empty);
+  for (const char* name : {"crc.png", "empty.png"}) {
+    EXPECT_EQ(run({path(name), "#ff0000", "tint", out}), 1) << name;
+    EXPECT_NE(errors.find("corrupt PNG"), std::string::npos) << errors;
+    EXPECT_EQ(errors.find("memory"), std::string::npos) << errors;
+  }
+  EXPECT_NE(errors.find("0x0 pixels"), std::string::npos) << errors;
 }
 
 }  // namespace

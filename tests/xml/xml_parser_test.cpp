@@ -80,15 +80,20 @@ TEST_F(XMLParserTest, ReadsPathsFileUrlsAndHttpAndAnUnreadableUrlGivesNilAfterTh
   EXPECT_EQ(http.requests[0].maxBodyBytes, kit::XmlEventParser::kMaxUrlBytes);
   EXPECT_FALSE(logged("parse xml error"));
 
-  http.reply.status = 404;
-  http.reply.ok = false;
-  for (const std::string& url :
-       {(dir.path() / "missing.xml").string(), dir.path().string(), std::string("ftp://host/a.xml"),
-        writeFile("empty.xml", ""), std::string("http://example.test/doc.xml")}) {
+  http.reply = {false, 404, "", "HTTP status 404"};
+  const std::pair<std::string, std::string> unreadable[] = {
+      {(dir.path() / "missing.xml").string(), "No such file or directory"},
+      {dir.path().string(), "a folder, not a file"},
+      {"ftp://host/a.xml", "not a file path or an http(s) or file:// URL"},
+      {"http://example.test/doc.xml", "HTTP status 404"}};
+  for (const auto& [url, why] : unreadable) {
     log.take();
     EXPECT_FALSE(loadUrl(url)) << url;
-    EXPECT_THAT(log.take(), ElementsAre("parse xml error")) << url;
+    EXPECT_THAT(log.take(), ElementsAre("parse xml error", "cannot read " + url + ": " + why));
   }
+  log.take();
+  EXPECT_FALSE(loadUrl(writeFile("empty.xml", "")));  // read, but not a document
+  EXPECT_THAT(log.take(), ElementsAre("parse xml error"));
 }
 
 TEST_F(XMLParserTest, ExternalEntitiesAndDtdsAreNeverLoaded) {

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <httplib.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,6 +14,9 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "kit/foundation/temp_dir.h"
+#include "kit/foundation/xml_event_parser.h"
 
 namespace {
 
@@ -90,7 +94,52 @@ TEST(XmlTool, AFailedParseIsLoggedAndThePartialTreeStillAnswers) {
   for (const Result& failed : {run({"dump", "-"}, "not xml"), run({"dump", kData + "none.xml"})}) {
     EXPECT_EQ(failed.status, 2);
     EXPECT_THAT(failed.out, IsEmpty());
-    EXPECT_EQ(failed.err, "parse xml error\n");
+    EXPECT_THAT(failed.err, ::testing::StartsWith("parse xml error\n"));
+  }
+}
+
+TEST(XmlTool, ADocumentThatCannotBeReadSaysWhyAfterTheLogLine) {
+  kit::TempDir dir("xml-tool-test");
+  const std::string large = (dir.path() / "large.xml").string();
+  std::ofstream{large}.close();
+  std::filesystem::resize_file(large, kit::XmlEventParser::kMaxUrlBytes + 1);  // sparse
+  const std::pair<std::string, std::string> cases[] = {
+      {kData + "none.xml", "No such file or directory"},
+      {dir.path().string(), "a folder, not a file"},
+      {large, "larger than " + std::to_string(kit::XmlEventParser::kMaxUrlBytes) + " bytes"},
+      {"http://127.0.0.1:1/doc.xml", "onnect"},  // refused
+  };
+  for (const auto& [source, why] : cases) {
+    const Result r = run({"dump", source});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_THAT(r.err, ::testing::StartsWith("parse xml error\ncannot read " + source + ": "));
+    EXPECT_THAT(r.err, ::testing::HasSubstr(why)) << source;
+  }
+}
+
+TEST(XmlTool, TheDumpOfAMillionDeepDocumentStreamsInsteadOfGrowingInMemory) {
+  // Its dump would take about 10^11 bytes: the first megabyte comes out,
+  // then the tool stops on the closed pipe.
+  kit::TempDir dir("xml-tool-test");
+  const auto deep = dir.path() / "deep.xml";
+  {
+    std::ofstream out(deep);
+    constexpr int kDepth = 300'000;
+    for (int i = 0; i < kDepth; ++i)
+      out << "<a>";
+    for (int i = 0; i < kDepth; ++i)
+      out << "</a>";
+  }
+  const auto head = dir.path() / "head.txt";
+  const auto pipeline = dir.path() / "pipeline.sh";
+  for (const char* command : {"dump", "objects a"}) {
+    std::ofstream(pipeline) << "timeout -s KILL 120 '" << TWINLANES_XML_TOOL << "' " << command
+                            << " '" << deep.string() << "' | head -c 1000000 >'" << head.string()
+                            << "'\nexit ${PIPESTATUS[0]}\n";
+    const int raw = std::system(("bash '" + pipeline.string() + "'").c_str());
+    const int status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    EXPECT_NE(status, 128 + SIGKILL) << command << ": still building its output";
+    EXPECT_EQ(std::filesystem::file_size(head), 1'000'000u) << command;
   }
 }
 
@@ -112,7 +161,8 @@ TEST(XmlTool, ReadsDocumentsOverHttp) {
   serving.join();
   EXPECT_EQ(found.out, "abc\n");
   EXPECT_EQ(missing.status, 2);
-  EXPECT_EQ(missing.err, "parse xml error\n");
+  EXPECT_EQ(missing.err,
+            "parse xml error\ncannot read " + base + "/missing.xml: HTTP status 404\n");
 }
 
 }  // namespace

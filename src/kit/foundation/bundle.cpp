@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "kit/foundation/json.h"
+#include "kit/foundation/preferred_languages.h"
 #include "kit/foundation/read_file.h"
 #include "kit/foundation/strings.h"
 #include "kit/foundation/user_defaults.h"
@@ -16,7 +17,11 @@ namespace {
 
 constexpr size_t kMaxConfigBytes = 1 << 20;
 
+// Codes are matched in one spelling whatever case the user wrote them in
+// ("ZH-HANS" finds the zh-Hans table).
 std::string normalizedLanguage(std::string code) {
+  if (std::optional<std::string> standard = languageCodeOf(code))
+    return *standard;
   std::replace(code.begin(), code.end(), '_', '-');
   return code;
 }

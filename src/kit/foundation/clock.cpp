@@ -6,14 +6,18 @@
 
 namespace kit {
 
-int64_t SystemClock::now() const { return static_cast<int64_t>(std::time(nullptr)); }
+int64_t SystemClock::now() const {
+  return static_cast<int64_t>(std::time(nullptr));
+}
 
 int64_t SystemClock::monotonicNanos() const {
   using namespace std::chrono;
   return duration_cast<nanoseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-int64_t ManualClock::now() const { return wallBase_ + (mono_ - monoAtWallBase_) / kNanosPerSecond; }
+int64_t ManualClock::now() const {
+  return wallBase_ + (mono_ - monoAtWallBase_) / kNanosPerSecond;
+}
 
 void ManualClock::setNow(int64_t wallSeconds) {
   wallBase_ = wallSeconds;

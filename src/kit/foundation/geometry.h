@@ -38,8 +38,10 @@ struct Rect {
   }
   // Smallest rectangle holding both; an empty rectangle adds nothing.
   Rect united(const Rect& o) const {
-    if (isEmpty()) return o;
-    if (o.isEmpty()) return *this;
+    if (isEmpty())
+      return o;
+    if (o.isEmpty())
+      return *this;
     double x0 = std::min(minX(), o.minX()), y0 = std::min(minY(), o.minY());
     double x1 = std::max(maxX(), o.maxX()), y1 = std::max(maxY(), o.maxY());
     return {{x0, y0}, {x1 - x0, y1 - y0}};

@@ -22,7 +22,8 @@ void Timer::invalidate() {
 }
 
 bool Timer::fireIfDue(int64_t now) {
-  if (!valid_ || fireDate_ > now) return false;
+  if (!valid_ || fireDate_ > now)
+    return false;
   if (!repeats_) {
     valid_ = false;
   } else if (fireDate_ == kDistantPast) {
@@ -35,8 +36,10 @@ bool Timer::fireIfDue(int64_t now) {
   }
   // Keep the target alive through the call even if it invalidates us.
   auto target = target_;
-  if (!repeats_) target_ = nullptr;
-  if (target) target();
+  if (!repeats_)
+    target_ = nullptr;
+  if (target)
+    target();
   return true;
 }
 

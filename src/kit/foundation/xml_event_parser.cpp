@@ -123,23 +123,35 @@ XmlEventParser::~XmlEventParser() = default;
 std::unique_ptr<XmlEventParser> XmlEventParser::withContentsOfURL(std::string_view url,
                                                                   HttpClient& http,
                                                                   size_t maxBytes) {
-  std::optional<std::string> bytes;
+  Result<std::unique_ptr<XmlEventParser>> parser = openURL(url, http, maxBytes);
+  return parser ? std::move(*parser) : nullptr;
+}
+
+Result<std::unique_ptr<XmlEventParser>> XmlEventParser::openURL(std::string_view url,
+                                                                HttpClient& http, size_t maxBytes) {
+  Result<std::string> bytes = Error{"not a file path or an http(s) or file:// URL"};
   if (startsWithIgnoringCase(url, "http://") || startsWithIgnoringCase(url, "https://")) {
     HttpRequest request;
     request.url = std::string(url);
     request.maxBodyBytes = maxBytes;
     HttpResponse response = http.get(request);
-    if (response.ok && response.body.size() <= maxBytes)
+    if (!response.ok)
+      bytes = Error{response.error.empty() ? "no reply" : response.error};
+    else if (response.body.size() > maxBytes)
+      bytes = Error{"larger than " + std::to_string(maxBytes) + " bytes"};
+    else
       bytes = std::move(response.body);
   } else if (startsWithIgnoringCase(url, "file://")) {
     if (auto path = filePath(url))
-      bytes = readSmallFile(*path, maxBytes);
+      bytes = readSmallFileOrWhy(*path, maxBytes);
+    else
+      bytes = Error{"a file URL of another host, or malformed"};
   } else if (url.find("://") == std::string_view::npos && !url.empty() &&
              url.find('\0') == std::string_view::npos) {
-    bytes = readSmallFile(std::string(url), maxBytes);
+    bytes = readSmallFileOrWhy(std::string(url), maxBytes);
   }
   if (!bytes)
-    return nullptr;
+    return Error{bytes.error()};
   auto parser = std::make_unique<XmlEventParser>(std::string_view());
   parser->owned_ = std::move(*bytes);
   parser->data_ = parser->owned_;

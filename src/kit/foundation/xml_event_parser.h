@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "kit/foundation/http.h"
+#include "kit/foundation/result.h"
 
 namespace kit {
 
@@ -71,6 +72,9 @@ class XmlEventParser {
   // anything else.
   static std::unique_ptr<XmlEventParser> withContentsOfURL(std::string_view url, HttpClient& http,
                                                            size_t maxBytes = kMaxUrlBytes);
+  // The same, saying why the document could not be read when it cannot.
+  static Result<std::unique_ptr<XmlEventParser>> openURL(std::string_view url, HttpClient& http,
+                                                         size_t maxBytes = kMaxUrlBytes);
 
   // Borrowed; may be null (then the document is only checked).
   void setDelegate(XmlEventParserDelegate* delegate) { delegate_ = delegate; }

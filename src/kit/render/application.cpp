@@ -375,6 +375,17 @@ bool Application::sceneCoveredAt(Point scenePoint) {
   return !route(*window, spriteView(), *p).inScene;
 }
 
+std::shared_ptr<View> Application::viewCoveringScene(Point scenePoint) {
+  auto window = this->window();
+  const std::optional<Point> p = windowPointOfScene(scenePoint);
+  if (!window || !p)
+    return nullptr;
+  Route r = route(*window, spriteView(), *p);
+  if (r.inScene)
+    return nullptr;
+  return r.receiverView ? r.receiverView : window->hitTest(*p);
+}
+
 void Application::tapHalves(bool left, bool right) {
   auto sprite = spriteView();
   if (!sprite || !sprite->scene())

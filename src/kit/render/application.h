@@ -24,6 +24,7 @@ class Application;
 class FrameDriver;
 class Renderer;
 class SpriteView;
+class View;
 class Window;
 
 // The application's delegate (the platform's application delegate): the
@@ -124,6 +125,11 @@ class Application {
   // all of the event's scene touches as one event), a TouchReceiver handles
   // it, any other view swallows it.
   void touchesBegan(const std::vector<Point>& windowPoints);
+  // Where a scene point lies in the window; nothing before a scene is shown.
+  std::optional<Point> windowPointOfScene(Point scenePoint) const;
+  // The view that takes a touch at this scene point instead of the scene (the
+  // topmost view there that handles or swallows it); null when the scene gets it.
+  std::shared_ptr<View> viewCoveringScene(Point scenePoint);
   // A tap on the left half, the right half or both (one event), for keys.
   // Nothing happens while another view covers the scene there.
   void tapHalves(bool left, bool right);
@@ -171,7 +177,6 @@ class Application {
   void handle(const PlatformEvent& event, std::vector<Point>& touches, bool& left, bool& right,
               bool& primary);
   bool sceneCoveredAt(Point scenePoint);
-  std::optional<Point> windowPointOfScene(Point scenePoint) const;
 
   ApplicationOptions options_;
   std::shared_ptr<ApplicationDelegate> delegate_;

@@ -322,7 +322,8 @@ std::shared_ptr<AlertView> AlertView::visibleAlert(const View& window) {
 std::string AlertView::describe() const {
   std::string out = "title=" + quoted(title_) + " message=" + quoted(message_) + " buttons=[";
   for (size_t i = 0; i < buttonTitles_.size(); ++i) {
-    if (i) out += ',';
+    if (i)
+      out += ',';
     out += quoted(buttonTitles_[i]);
   }
   return out + "] tag=" + std::to_string(tag());

@@ -3,11 +3,15 @@
 // Loads the document (from a path, a file:// or http(s) URL, or standard
 // input for "-") and prints the answer of its top element to one query.
 // Exit status: 0 with an answer, 1 when the answer is nil, 2 when nothing
-// could be loaded. Log lines ("parse xml error") go to stderr; a document
+// could be loaded or the answer could not be written. Log lines ("parse xml
+// error", then why a document could not be read) go to stderr; a document
 // that fails part-way is still answered from what was read before the error.
+// Dumps are written as they are made: a deep tree's dump can be far larger
+// than the tree.
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -57,8 +61,6 @@ std::string lines(const std::vector<std::string>& entries) {
 // The answer of `top` to the command, or nullopt when it is nil.
 std::optional<std::string> answer(const std::string& command, const std::string& argument,
                                   TreeNode& top) {
-  if (command == "dump")
-    return top.dump();
   if (command == "keys")
     return lines(top.keys());
   if (command == "allkeys")
@@ -71,12 +73,6 @@ std::optional<std::string> answer(const std::string& command, const std::string&
     return lines(top.leaves());
   if (command == "allleaves")
     return lines(top.allLeaves());
-  if (command == "objects") {
-    std::string out;
-    for (const auto& node : top.objectsForKey(argument))
-      node->dumpAtIndent(0, out);
-    return out;
-  }
   if (command == "dict") {
     kit::Value::Dictionary dictionary;
     for (const auto& [key, value] : top.dictionaryForChildren())
@@ -146,6 +142,16 @@ int main(int argc, char** argv) {
   if (!top)
     return 2;
 
+  if (command == "dump" || command == "objects") {
+    std::ios::sync_with_stdio(false);
+    if (command == "dump") {
+      top->dumpAtIndent(0, std::cout);
+    } else {
+      for (const auto& node : top->objectsForKey(argument))
+        node->dumpAtIndent(0, std::cout);
+    }
+    return std::cout.flush() ? 0 : 2;
+  }
   std::optional<std::string> out = answer(command, argument, *top);
   if (!out)
     return 1;

@@ -81,6 +81,19 @@ TEST_F(BundleTest, LanguagesFallBackThroughShorterCodesThenEnglishThenTheKey) {
   EXPECT_EQ(bundle().preferredLanguages(), std::vector<std::string>{"en"});
 }
 
+TEST_F(BundleTest, LanguageCodesFindTheirTableWhateverCaseTheyAreWrittenIn) {
+  addTable("RTService", "en", {{"RATE_YES", "Rate it"}});
+  addTable("RTService", "zh-Hans", {{"RATE_YES", "\xe5\xa5\xbd"}});
+  for (const char* code : {"ZH-HANS", "zh-hans", "ZH_CN"}) {
+    bundle_.reset();
+    preferLanguages({code});
+    EXPECT_EQ(text("RATE_YES"), "\xe5\xa5\xbd") << code;
+  }
+  ::setenv("LANG", "ZH_CN.UTF-8", 1);
+  EXPECT_EQ(Bundle::desktopLanguages(), std::vector<std::string>{"zh-Hans-CN"});
+  ::setenv("LANG", "C.UTF-8", 1);
+}
+
 TEST_F(BundleTest, BrokenOrMissingTablesAreLoggedOnceAndFallBack) {
   put("strings/RTService.zh-Hans.json", "{\"RATE_YES\": ");
   addTable("RTService", "en", {{"RATE_YES", "Rate it"}});

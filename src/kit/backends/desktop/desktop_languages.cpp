@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "kit/foundation/bundle.h"
+#include "kit/foundation/preferred_languages.h"
 
 namespace kit {
 
@@ -23,6 +24,8 @@ std::vector<std::string> Bundle::desktopLanguages() {
     }
     if (!country.empty())
       code += "-" + country;
+    if (std::optional<std::string> standard = languageCodeOf(code))
+      code = *standard;
     if (Bundle::isSafeName(code) && std::find(codes.begin(), codes.end(), code) == codes.end()) {
       codes.push_back(code);
     }

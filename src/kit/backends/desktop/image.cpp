@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "kit/foundation/write_file.h"
 #include "kit/ui/image_context.h"
 
 namespace kit {
@@ -50,6 +51,11 @@ bool checkPngHeader(std::string_view data, std::string* error) {
     return false;
   }
   uint32_t width = bigEndian32(bytes + 16), height = bigEndian32(bytes + 20);
+  if (width == 0 || height == 0) {
+    setError(error, "corrupt PNG: the image is " + std::to_string(width) + "x" +
+                        std::to_string(height) + " pixels");
+    return false;
+  }
   if (width > Image::kMaxPngSide || height > Image::kMaxPngSide) {
     setError(error, "PNG of " + std::to_string(width) + "x" + std::to_string(height) +
                         " pixels is larger than the limit of " +
@@ -73,10 +79,9 @@ cairo_status_t readPng(void* closure, unsigned char* out, unsigned int length) {
   return CAIRO_STATUS_SUCCESS;
 }
 
-cairo_status_t writePng(void* closure, const unsigned char* data, unsigned int length) {
-  return std::fwrite(data, 1, length, static_cast<std::FILE*>(closure)) == length
-             ? CAIRO_STATUS_SUCCESS
-             : CAIRO_STATUS_WRITE_ERROR;
+cairo_status_t appendPng(void* closure, const unsigned char* data, unsigned int length) {
+  static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
+  return CAIRO_STATUS_SUCCESS;
 }
 
 // The decoder gives opaque PNGs a 24-bit surface; images keep one format so
@@ -147,7 +152,11 @@ std::optional<Image> Image::fromPngData(std::string_view data, double scale, std
   cairo_surface_t* decoded = cairo_image_surface_create_from_png_stream(readPng, &reader);
   if (cairo_status_t status = cairo_surface_status(decoded); status != CAIRO_STATUS_SUCCESS) {
     cairo_surface_destroy(decoded);
-    setError(error, std::string("corrupt PNG: ") + cairo_status_to_string(status));
+    // The decoder reports every damaged stream (a bad checksum, cut-off
+    // data) as running out of memory; the header has ruled that out.
+    setError(error, status == CAIRO_STATUS_NO_MEMORY
+                        ? "corrupt PNG: damaged image data (a bad checksum or cut-off data)"
+                        : std::string("corrupt PNG: ") + cairo_status_to_string(status));
     return std::nullopt;
   }
   cairo_surface_t* surface = toArgb32(decoded);
@@ -168,26 +177,14 @@ bool Image::savePng(const std::string& path, std::string* error) const {
     setError(error, "cannot write " + path + ": the image has no pixels");
     return false;
   }
-  // Written beside the target and renamed over it, so a failed write never
-  // leaves a truncated file where a good one was.
-  std::string partial = path + ".part";
-  std::FILE* file = std::fopen(partial.c_str(), "wb");
-  if (!file) {
-    setError(error, "cannot write " + path + ": " + std::strerror(errno));
+  std::string png;
+  if (cairo_status_t status = cairo_surface_write_to_png_stream(impl_->surface, appendPng, &png);
+      status != CAIRO_STATUS_SUCCESS) {
+    setError(error, "cannot write " + path + ": " + cairo_status_to_string(status));
     return false;
   }
-  cairo_status_t status = cairo_surface_write_to_png_stream(impl_->surface, writePng, file);
-  bool closed = std::fclose(file) == 0;
-  if (status != CAIRO_STATUS_SUCCESS || !closed) {
-    std::remove(partial.c_str());
-    setError(error, "cannot write " + path + ": " +
-                        (status != CAIRO_STATUS_SUCCESS ? cairo_status_to_string(status)
-                                                        : std::strerror(errno)));
-    return false;
-  }
-  if (std::rename(partial.c_str(), path.c_str()) != 0) {
-    setError(error, "cannot write " + path + ": " + std::strerror(errno));
-    std::remove(partial.c_str());
+  if (Status written = writeFileReplacing(path, png); !written) {
+    setError(error, written.error());
     return false;
   }
   return true;

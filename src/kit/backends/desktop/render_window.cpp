@@ -5,6 +5,9 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <string>
+
+#include "kit/foundation/write_file.h"
 
 #include "kit/backends/desktop/render_window_parts.h"
 
@@ -202,11 +205,38 @@ Status RenderWindow::saveScreenshot(const std::filesystem::path& file) const {
       SDL_CreateRGBSurfaceWithFormatFrom(rgba.data(), w, h, 32, w * 4, SDL_PIXELFORMAT_RGBA32);
   if (!surface)
     return Error{std::string("cannot make a surface: ") + SDL_GetError()};
-  const bool ok = IMG_SavePNG(surface, file.c_str()) == 0;
-  SDL_FreeSurface(surface);
-  if (!ok)
+  // Encoded in memory: SDL_image does not report the file's write errors.
+  std::string png;
+  SDL_RWops* sink = SDL_AllocRW();
+  if (!sink) {
+    SDL_FreeSurface(surface);
     return Error{"cannot write " + file.string() + ": " + SDL_GetError()};
-  return {};
+  }
+  sink->hidden.unknown.data1 = &png;
+  sink->size = [](SDL_RWops* rw) -> Sint64 {
+    return static_cast<Sint64>(static_cast<std::string*>(rw->hidden.unknown.data1)->size());
+  };
+  // Only "where am I" is answered: the encoder writes straight through.
+  sink->seek = [](SDL_RWops* rw, Sint64 offset, int whence) -> Sint64 {
+    if (offset != 0 || whence == RW_SEEK_SET)
+      return SDL_SetError("cannot seek while writing a PNG");
+    return static_cast<Sint64>(static_cast<std::string*>(rw->hidden.unknown.data1)->size());
+  };
+  sink->read = [](SDL_RWops*, void*, size_t, size_t) -> size_t { return 0; };
+  sink->write = [](SDL_RWops* rw, const void* data, size_t size, size_t count) -> size_t {
+    static_cast<std::string*>(rw->hidden.unknown.data1)
+        ->append(static_cast<const char*>(data), size * count);
+    return count;
+  };
+  sink->close = [](SDL_RWops* rw) {
+    SDL_FreeRW(rw);
+    return 0;
+  };
+  const bool encoded = IMG_SavePNG_RW(surface, sink, 1) == 0;
+  SDL_FreeSurface(surface);
+  if (!encoded)
+    return Error{"cannot write " + file.string() + ": " + SDL_GetError()};
+  return writeFileReplacing(file, png);
 }
 
 }  // namespace kit
