@@ -9,9 +9,9 @@
 #include "app/host_services.h"
 #include "app/view_controller.h"
 #include "game/autoplayer.h"
-#include "kit/foundation/result.h"
 #include "kit/backends/desktop/desktop_services.h"
 #include "kit/backends/desktop/desktop_window_system.h"
+#include "kit/foundation/result.h"
 #include "kit/render/application.h"
 
 // The game as an application: a kit::Application whose layout's

@@ -17,12 +17,14 @@ void RandomSource::seed_(uint32_t seed) {
     const int32_t hi = word / 127773;
     const int32_t lo = word % 127773;
     word = 16807 * lo - 2836 * hi;
-    if (word < 0) word += 2147483647;
+    if (word < 0)
+      word += 2147483647;
     state_[i] = word;
   }
   front_ = kSeparation;
   rear_ = 0;
-  for (int i = 0; i < kDiscarded; ++i) next();
+  for (int i = 0; i < kDiscarded; ++i)
+    next();
 }
 
 int RandomSource::next() {
@@ -30,8 +32,10 @@ int RandomSource::next() {
   const uint32_t sum = static_cast<uint32_t>(state_[front_]) + static_cast<uint32_t>(state_[rear_]);
   state_[front_] = static_cast<int32_t>(sum);
   const int result = static_cast<int>(sum >> 1);
-  if (++front_ >= kDegree) front_ = 0;
-  if (++rear_ >= kDegree) rear_ = 0;
+  if (++front_ >= kDegree)
+    front_ = 0;
+  if (++rear_ >= kDegree)
+    rear_ = 0;
   return result;
 }
 
