@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "adsdk/creative_source.h"
+#include "kit/ui/svg_image.h"
 
 namespace {
 
@@ -93,8 +94,10 @@ struct HouseAdNetwork::Worker {
       {
         std::unique_lock<std::mutex> lock(mutex);
         wake.wait(lock, [this] { return stop || !jobs.empty(); });
-        if (stop)
+        if (stop) {
+          kit::releaseSvgThreadState();
           return;
+        }
         job = std::move(jobs.front());
         jobs.pop_front();
       }

@@ -21,6 +21,7 @@ void AppScenarioHost::start(kit::Size viewSize, std::optional<unsigned> seed) {
   options.application.sceneSize = viewSize;
   options.application.window = options_.window;
   options.application.windowScale = options_.windowScale;
+  options.application.renderer = options_.renderer;
   options.seed = seed;
   game_ = std::make_unique<GameApplication>(options, host_, services_);
   std::string error;
@@ -108,6 +109,10 @@ kit::Value::Dictionary AppScenarioHost::describeWindow() const {
   return kit::Value::Dictionary{
       {"window",
        kit::Value::Dictionary{
-           {"w", size.width}, {"h", size.height}, {"scale", app.viewport().pixelsPerPoint()}}},
+           {"w", size.width},
+           {"h", size.height},
+           {"scale", app.viewport().pixelsPerPoint()},
+           {"renderer", app.renderWindow() ? app.renderWindow()->rendererName() : "none"},
+           {"vsync", app.renderWindow() && app.renderWindow()->vsync()}}},
       {"views", std::move(views)}};
 }

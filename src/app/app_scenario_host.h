@@ -21,6 +21,7 @@ class AppScenarioHost final : public ScenarioHost {
     std::filesystem::path resourceDir;
     bool window = true;
     double windowScale = 0;  // 0 fits the desktop
+    kit::RendererChoice renderer = kit::RendererChoice::Auto;
   };
 
   AppScenarioHost(Options options, const kit::Services& services, HostServices& host);

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -45,6 +46,7 @@ struct Flags {
   bool autoplay = false;
   bool progressDemo = false;
   std::optional<std::string> language;
+  kit::RendererChoice renderer = kit::RendererChoice::Auto;
 };
 
 // "320x568" as a size; nothing when it is not two positive numbers that a
@@ -75,6 +77,17 @@ std::filesystem::path findResources() {
       return dir;
   }
   return TWINLANES_RESOURCES_DIR;
+}
+
+// Two copies of the game on one preferences folder would each save over the
+// other's best score and counts, so the second one does not start.
+bool sayPrefsInUse(const kit::UserDefaults& defaults) {
+  if (!defaults.inUseElsewhere())
+    return false;
+  std::cerr << "twinlanes: another copy of Twin Lanes is running with the preferences in "
+            << defaults.filePath().parent_path().string()
+            << "; close it first (or give this one its own --prefs-dir)\n";
+  return true;
 }
 
 void sayNoDisplay(const std::string& why) {
@@ -131,7 +144,10 @@ int runScript(const Flags& flags) {
   // the seed so that any run can be replayed. A run seeded here also starts
   // its clock at a fixed time: its ads' time stamps replay too.
   ScriptLaunches launches({*prefs, findResources(), !flags.headless, flags.scale, flags.language,
-                           flags.seed ? kReplayEpoch : static_cast<int64_t>(std::time(nullptr))});
+                           flags.seed ? kReplayEpoch : static_cast<int64_t>(std::time(nullptr)),
+                           flags.renderer});
+  if (sayPrefsInUse(launches.platform().defaults))
+    return 1;
   ScenarioRunner runner(launches.platform(), launches.host(), std::cout);
   runner.attachAds(launches.ads());
   runner.setRelauncher([&launches] {
@@ -161,6 +177,7 @@ int runGame(const Flags& flags) {
   options.application.prefsDir = flags.prefsDir;
   options.application.fullscreen = flags.fullscreen;
   options.application.windowScale = flags.scale;
+  options.application.renderer = flags.renderer;
   options.seed = flags.seed;
   options.autoplay = flags.autoplay;
 
@@ -171,6 +188,8 @@ int runGame(const Flags& flags) {
   }
   GameAds ads;
   GameApplication game(options, ads);
+  if (sayPrefsInUse(game.application().services().defaults))
+    return 1;
   kit::registerPreferredLanguages(game.application().services().defaults, flags.language);
   ads.start(game.application().services(), false);
   // The ads borrow the game's services: they stop before the game goes.
@@ -217,6 +236,13 @@ int twinlanesMain(int argc, char** argv) {
   app.add_option("--scale", flags.scale,
                  "Window pixels per point (default: the largest that fits the desktop)")
       ->check(CLI::Range(0.25, 8.0));
+  app.add_option("--renderer", flags.renderer,
+                 "auto (accelerated with vsync on a display, software offscreen), accelerated "
+                 "or software")
+      ->transform(CLI::CheckedTransformer(std::map<std::string, kit::RendererChoice>{
+          {"auto", kit::RendererChoice::Auto},
+          {"accelerated", kit::RendererChoice::Accelerated},
+          {"software", kit::RendererChoice::Software}}));
   app.add_option("--prefs-dir", flags.prefsDir,
                  "Folder for the preferences file (default: the per-user data folder; a fresh "
                  "temporary folder for scripts)");

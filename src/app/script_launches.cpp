@@ -16,7 +16,8 @@ void ScriptLaunches::bringUp() {
   kit::registerPreferredLanguages(platform_->defaults, options_.language);
   ads_.start(platform_->services(), true);
   host_ = std::make_unique<AppScenarioHost>(
-      AppScenarioHost::Options{options_.resourceDir, options_.window, options_.windowScale},
+      AppScenarioHost::Options{options_.resourceDir, options_.window, options_.windowScale,
+                               options_.renderer},
       platform_->services(), ads_);
 }
 

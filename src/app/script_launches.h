@@ -25,6 +25,7 @@ class ScriptLaunches {
     double windowScale = 0;               // 0 fits the desktop
     std::optional<std::string> language;  // the preferred language, else the desktop's
     int64_t startTime = 0;                // the first launch's wall clock, seconds since 1970
+    kit::RendererChoice renderer = kit::RendererChoice::Auto;
   };
 
   explicit ScriptLaunches(Options options);

@@ -178,6 +178,7 @@ bool Application::launch(std::string* error) {
     w.scale = options_.windowScale;
     w.fullscreen = options_.fullscreen;
     w.icon = options_.icon;
+    w.renderer = options_.renderer;
     std::string why;
     renderWindow_ = RenderWindow::open(w, &why);
     if (!renderWindow_) {
@@ -185,6 +186,8 @@ bool Application::launch(std::string* error) {
         *error = why;
       return false;
     }
+    services_.log.write("Drawing with SDL's " + renderWindow_->rendererName() +
+                        " renderer, vsync " + (renderWindow_->vsync() ? "on" : "off"));
     const Bundle& bundle = services_.bundle;
     renderer_ = std::make_unique<Renderer>(
         renderWindow_->sdlRenderer(),

@@ -13,6 +13,7 @@
 #include "kit/foundation/value.h"
 #include "kit/render/interface_layout.h"
 #include "kit/render/lifecycle.h"
+#include "kit/render/renderer_choice.h"
 #include "kit/render/viewport.h"
 
 namespace kit {
@@ -60,6 +61,7 @@ struct ApplicationOptions {
   bool fullscreen = false;
   double windowScale = 0;      // window coordinates per point; 0 fits the desktop
   std::filesystem::path icon;  // the window's icon (PNG)
+  RendererChoice renderer = RendererChoice::Auto;
 };
 
 // The application object (the platform's shared application). It lives in

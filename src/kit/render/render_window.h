@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kit/foundation/geometry.h"
+#include "kit/render/renderer_choice.h"
 #include "kit/render/viewport.h"
 
 struct SDL_Renderer;
@@ -20,12 +21,13 @@ struct WindowOptions {
   double scale = 0;            // window coordinates per point; 0 fits the desktop
   bool fullscreen = false;     // desktop fullscreen
   std::filesystem::path icon;  // a PNG; none when empty or unreadable
+  RendererChoice renderer = RendererChoice::Auto;
 };
 
-// One desktop window with SDL's software renderer (the same pixels on every
-// video driver: x11, wayland, offscreen, dummy), drawn at the drawable's full
-// pixel density, resizable, with vsync requested. Owns the SDL window and
-// renderer, and SDL's video subsystem while it lives. Main thread only.
+// One desktop window with an SDL renderer chosen as WindowOptions::renderer
+// says, drawn at the drawable's full pixel density, resizable, with vsync
+// requested. Owns the SDL window and renderer, and SDL's video subsystem
+// while it lives. Main thread only.
 class RenderWindow {
  public:
   // The outer margin kept free around a window opened to fit the desktop.
@@ -46,6 +48,10 @@ class RenderWindow {
   SDL_Window* sdlWindow() const { return window_; }
   SDL_Renderer* sdlRenderer() const { return renderer_; }
   uint32_t windowId() const;
+  // SDL's name of the renderer drawing ("opengl", "software", ...) and
+  // whether the driver granted vsync.
+  std::string rendererName() const;
+  bool vsync() const;
 
   Size content() const { return content_; }
   // Window coordinates (what mouse events use) and drawable pixels.
@@ -77,8 +83,8 @@ class RenderWindow {
 
 // Sets the hints every SDL window of the program wants, before SDL starts
 // video: no GPU texture behind the software renderer (slow to start, no
-// gain), no mouse events made from touches or touches made from the mouse
-// (both are handled as they are), and the application's name.
+// gain when the software renderer is the choice), no mouse events made from touches or touches made
+// from the mouse (both are handled as they are), and the application's name.
 void applyVideoHints(const std::string& appName);
 
 }  // namespace kit
