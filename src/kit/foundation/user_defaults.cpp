@@ -186,20 +186,20 @@ void UserDefaults::load() {
     persistent_ = false;
     return;
   }
-  // Temporary files and set-aside copies belong to whoever holds the folder;
-  // another copy of the program on it is refused, not raced.
+  // The file, its temporary files and set-aside copies belong to whoever
+  // holds the folder; another store on it only reads, never writes or cleans.
   Result<FolderLock> lock = FolderLock::take(folder_);
-  if (!lock) {
+  if (lock) {
+    lock_.emplace(std::move(*lock));
+    removeStrayTempFiles();
+  } else {
     inUseElsewhere_ = lock.error() == "in use";
     log_.write("Preferences folder " + folder_.string() +
                (inUseElsewhere_ ? " is in use by another copy of the program"
                                 : " cannot be locked (" + lock.error() + ")") +
-               "; preferences are kept in memory only");
+               "; changes are kept in memory only");
     persistent_ = false;
-    return;
   }
-  lock_.emplace(std::move(*lock));
-  removeStrayTempFiles();
 
   // Non-blocking so that a FIFO put in the file's place cannot hang us.
   Fd fd(::open(file_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -250,6 +250,11 @@ void UserDefaults::removeStrayTempFiles() {
 }
 
 void UserDefaults::setAside(std::string_view why) {
+  if (!lock_) {
+    log_.write("Preferences file " + file_.string() + " " + std::string(why) +
+               "; left in place for its owner, using the defaults");
+    return;
+  }
   Result<fs::path> bad = setAsideFile(file_, std::chrono::system_clock::now(), kKeptBadFiles);
   std::string line = "Preferences file " + file_.string() + " " + std::string(why);
   if (bad) {

@@ -19,8 +19,8 @@ namespace kit {
 // moved aside to prefs.json.bad-<UTC time> (the newest kKeptBadFiles kept)
 // with a log line and the store starts from its defaults. The store holds
 // the folder while it lives: a second store on it (another copy of the
-// program) keeps its values in memory only and says so, as does a folder
-// that cannot be used (or an empty path). Main thread only. The log must
+// program) reads the file but keeps its changes in memory only and says so;
+// a folder that cannot be used (or an empty path) keeps values in memory. Main thread only. The log must
 // outlive the store.
 class UserDefaults {
  public:
