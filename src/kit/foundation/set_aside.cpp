@@ -75,7 +75,8 @@ int nextCounter(const fs::path& base) {
     const std::string rest = name.substr(prefix.size());
     if (rest.empty())
       highest = std::max(highest, 1);
-    else if (rest.size() == 3 && rest[0] == '-' && std::isdigit(static_cast<unsigned char>(rest[1])) &&
+    else if (rest.size() == 3 && rest[0] == '-' &&
+             std::isdigit(static_cast<unsigned char>(rest[1])) &&
              std::isdigit(static_cast<unsigned char>(rest[2])))
       highest = std::max(highest, std::stoi(rest.substr(1)));
   }

@@ -13,7 +13,6 @@ namespace kit {
 // is taken), never replacing an earlier copy; then only the newest `keep`
 // copies of that file stay. Gives the name it was moved to.
 Result<std::filesystem::path> setAsideFile(const std::filesystem::path& file,
-                                           std::chrono::system_clock::time_point now,
-                                           size_t keep);
+                                           std::chrono::system_clock::time_point now, size_t keep);
 
 }  // namespace kit

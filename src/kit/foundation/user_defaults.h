@@ -20,8 +20,8 @@ namespace kit {
 // with a log line and the store starts from its defaults. The store holds
 // the folder while it lives: a second store on it (another copy of the
 // program) reads the file but keeps its changes in memory only and says so;
-// a folder that cannot be used (or an empty path) keeps values in memory. Main thread only. The log must
-// outlive the store.
+// a folder that cannot be used (or an empty path) keeps values in memory. Main thread only. The log
+// must outlive the store.
 class UserDefaults {
  public:
   // Files larger than this are set aside unread, and never written.

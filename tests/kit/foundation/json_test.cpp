@@ -81,7 +81,8 @@ TEST(JsonTest, AValidDocumentTooDeepIsReportedAsTooDeepAndBrokenTextAsInvalid) {
 // One number too large for a double made the whole document unreadable, so
 // a preferences file with it lost every other value.
 TEST(JsonTest, ANumberOutOfRangeReadsAsNilAndTheRestOfTheDocumentStands) {
-  auto v = parseJson(R"({"best": 12, "big": 1e400, "neg": [-1E+999, 2], "tiny": 1e-400, "s": "1e400"})");
+  auto v =
+      parseJson(R"({"best": 12, "big": 1e400, "neg": [-1E+999, 2], "tiny": 1e-400, "s": "1e400"})");
   ASSERT_TRUE(v);
   EXPECT_EQ((*v)["best"], Value(12));
   EXPECT_TRUE((*v)["big"].isNil());
