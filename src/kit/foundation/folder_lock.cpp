@@ -23,7 +23,7 @@ Result<FolderLock> FolderLock::take(const std::filesystem::path& folder) {
     const int error = errno;
     ::close(fd);
     if (error == EWOULDBLOCK)
-      return Error{"in use"};
+      return Error{kInUse};
     return Error{std::string("cannot lock the folder: ") + std::strerror(error)};
   }
   return FolderLock(fd);

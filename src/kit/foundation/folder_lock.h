@@ -12,8 +12,11 @@ namespace kit {
 // killed); never inherited by programs the process starts.
 class FolderLock {
  public:
-  // Takes the folder, or says why not; "in use" holds when another owner
-  // has it.
+  // The error when another owner has the folder.
+  static constexpr const char* kInUse = "in use";
+
+  // Takes the folder, or says why not: kInUse, or why the folder cannot be
+  // locked at all.
   static Result<FolderLock> take(const std::filesystem::path& folder);
 
   FolderLock(FolderLock&& other) noexcept;

@@ -188,16 +188,21 @@ void UserDefaults::load() {
   }
   // The file, its temporary files and set-aside copies belong to whoever
   // holds the folder; another store on it only reads, never writes or cleans.
+  // A file system without locks is used as if it were held: refusing it
+  // would lose every save there.
   Result<FolderLock> lock = FolderLock::take(folder_);
-  if (lock) {
-    lock_.emplace(std::move(*lock));
+  if (lock || lock.error() != FolderLock::kInUse) {
+    if (lock)
+      lock_.emplace(std::move(*lock));
+    else
+      log_.write("Preferences folder " + folder_.string() + " cannot be locked (" + lock.error() +
+                 "); using it unlocked");
+    owner_ = true;
     removeStrayTempFiles();
   } else {
-    inUseElsewhere_ = lock.error() == "in use";
+    inUseElsewhere_ = true;
     log_.write("Preferences folder " + folder_.string() +
-               (inUseElsewhere_ ? " is in use by another copy of the program"
-                                : " cannot be locked (" + lock.error() + ")") +
-               "; changes are kept in memory only");
+               " is in use by another copy of the program; changes are kept in memory only");
     persistent_ = false;
   }
 
@@ -250,7 +255,7 @@ void UserDefaults::removeStrayTempFiles() {
 }
 
 void UserDefaults::setAside(std::string_view why) {
-  if (!lock_) {
+  if (!owner_) {
     log_.write("Preferences file " + file_.string() + " " + std::string(why) +
                "; left in place for its owner, using the defaults");
     return;

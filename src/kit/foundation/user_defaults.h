@@ -88,6 +88,7 @@ class UserDefaults {
   Value::Dictionary values_;
   Value::Dictionary defaults_;
   std::optional<FolderLock> lock_;
+  bool owner_ = false;  // the folder is this store's to write and clean
   bool dirty_ = false;
   bool persistent_ = true;
   bool inUseElsewhere_ = false;
