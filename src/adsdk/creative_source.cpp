@@ -1,8 +1,10 @@
 #include "adsdk/creative_source.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "kit/foundation/read_file.h"
+#include "kit/ui/image_context.h"
 #include "kit/ui/svg_image.h"
 
 namespace {
@@ -75,12 +77,68 @@ std::optional<std::string> ServedCreatives::picture(const std::string& file, AdA
   return fetch(base_ + file, kMaxPictureBytes, error);
 }
 
+namespace {
+
+// The pixel size a PNG's header claims (IHDR follows the signature).
+std::optional<std::pair<int64_t, int64_t>> pngSize(std::string_view bytes) {
+  if (bytes.size() < 24 || bytes.compare(12, 4, "IHDR") != 0)
+    return std::nullopt;
+  auto big = [&](size_t at) {
+    int64_t v = 0;
+    for (size_t i = 0; i < 4; ++i)
+      v = v << 8 | static_cast<unsigned char>(bytes[at + i]);
+    return v;
+  };
+  return std::make_pair(big(16), big(20));
+}
+
+// The pixels per point a picture of `size` points is drawn at: `scale`, or
+// less when that many pixels would pass the limits.
+double drawingScale(kit::Size size, double scale) {
+  if (!(std::isfinite(scale) && scale > 0))
+    scale = 1;
+  if (!(size.width > 0 && size.height > 0))
+    return scale;
+  const double side = kit::kMaxSvgPixelSide;
+  double fits = std::min({scale, side / size.width, side / size.height});
+  const double pixels = size.width * size.height * fits * fits;
+  if (pixels > double(kMaxPicturePixels))
+    fits *= std::sqrt(double(kMaxPicturePixels) / pixels);
+  // Rounding to whole pixels must not step over the limits.
+  return fits < scale ? fits * 0.999 : scale;
+}
+
+std::optional<kit::Image> decodePng(const std::string& bytes, kit::Size size, double scale,
+                                    std::string* error) {
+  const auto stored = pngSize(bytes);
+  if (stored && stored->first * stored->second > kMaxPicturePixels) {
+    if (error)
+      *error = "a PNG of " + std::to_string(stored->first) + " x " +
+               std::to_string(stored->second) + " pixels, more than the limit of " +
+               std::to_string(kMaxPicturePixels) + " pixels";
+    return std::nullopt;
+  }
+  std::optional<kit::Image> image = kit::Image::fromPngData(bytes, scale, error);
+  if (!image || !(size.width > 0 && size.height > 0))
+    return image;
+  const double drawn = drawingScale(size, scale);
+  if (image->pixelWidth() <= std::ceil(size.width * drawn) &&
+      image->pixelHeight() <= std::ceil(size.height * drawn)) {
+    return image;
+  }
+  kit::ImageContext context(size, drawn);
+  context.drawImage(*image, {{0, 0}, size}, kit::BlendMode::Normal);
+  return context.takeImage();
+}
+
+}  // namespace
+
 std::optional<kit::Image> decodePicture(const std::string& bytes, kit::Size size, double scale,
                                         std::string* error) {
   if (bytes.size() >= 8 && bytes.compare(0, 4, "\x89PNG") == 0)
-    return kit::Image::fromPngData(bytes, scale, error);
+    return decodePng(bytes, size, scale, error);
   if (looksLikeSvg(bytes))
-    return kit::rasterizeSvg(bytes, size, scale, error);
+    return kit::rasterizeSvg(bytes, size, drawingScale(size, scale), error);
   if (error)
     *error = "neither a PNG nor an SVG picture";
   return std::nullopt;

@@ -72,7 +72,16 @@ class ServedCreatives final : public CreativeSource {
 AdAnswer loadCreative(CreativeSource& source, const AdSlot& slot, size_t sequence,
                       std::vector<std::string>& warnings);
 
-// A PNG or SVG picture drawn to fit `size` points at `scale`; nullopt with
-// the reason in `error` when the bytes are neither, or broken.
+// Most pixels a picture may have, as stored (a PNG's header) or as drawn;
+// larger pictures are refused before any pixel memory is taken.
+inline constexpr int64_t kMaxPicturePixels = 4096 * 4096;
+
+// A PNG or SVG picture drawn to fit `size` points at `scale`, holding no
+// more pixels than it is drawn with: a larger PNG is scaled down here, on
+// the caller's thread, so that showing it costs a frame nothing. When `size`
+// at `scale` would pass kMaxSvgPixelSide on a side or kMaxPicturePixels in
+// all, the picture is drawn at the largest scale that fits and stretched on
+// screen. Nullopt with the reason in `error` when the bytes are neither
+// kind, broken, or too large.
 std::optional<kit::Image> decodePicture(const std::string& bytes, kit::Size size, double scale,
                                         std::string* error);

@@ -12,6 +12,7 @@
 
 #include "adsdk/creative_source.h"
 #include "kit/foundation/assert.h"
+#include "kit/ui/svg_image.h"
 
 bool isAdUnitID(const std::string& id) {
   constexpr std::string_view kPrefix = "ca-app-pub-";
@@ -105,8 +106,10 @@ struct HouseAdNetwork::Worker {
       {
         std::unique_lock<std::mutex> lock(s.mutex);
         s.wake.wait(lock, [&s] { return s.stop || !s.jobs.empty(); });
-        if (s.stop)
+        if (s.stop) {
+          kit::releaseSvgThreadState();
           return;
+        }
         job = std::move(s.jobs.front());
         s.jobs.pop_front();
       }

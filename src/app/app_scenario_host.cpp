@@ -20,6 +20,7 @@ void AppScenarioHost::start(kit::Size viewSize, std::optional<unsigned> seed) {
   options.application.sceneSize = viewSize;
   options.application.window = options_.window;
   options.application.windowScale = options_.windowScale;
+  options.application.renderer = options_.renderer;
   options.seed = seed;
   game_ = std::make_unique<GameApplication>(options, host_, services_);
   if (const kit::Status launched = game_->launch(); !launched) {
@@ -106,6 +107,10 @@ kit::Value::Dictionary AppScenarioHost::describeWindow() const {
   return kit::Value::Dictionary{
       {"window",
        kit::Value::Dictionary{
-           {"w", size.width}, {"h", size.height}, {"scale", app.viewport().pixelsPerPoint()}}},
+           {"w", size.width},
+           {"h", size.height},
+           {"scale", app.viewport().pixelsPerPoint()},
+           {"renderer", app.platformWindow() ? app.platformWindow()->rendererName() : "none"},
+           {"vsync", app.platformWindow() && app.platformWindow()->vsync()}}},
       {"views", std::move(views)}};
 }

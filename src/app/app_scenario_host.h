@@ -23,6 +23,7 @@ class AppScenarioHost final : public ScenarioHost {
     bool window = true;
     double windowScale = 0;     // 0 fits the desktop
     bool progressDemo = false;  // the progress overlay counts over the game from start
+    kit::RendererChoice renderer = kit::RendererChoice::Auto;
   };
 
   AppScenarioHost(Options options, const kit::Services& services, HostServices& host);

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -49,6 +50,7 @@ struct Flags {
   bool autoplay = false;
   bool progressDemo = false;
   std::optional<std::string> language;
+  kit::RendererChoice renderer = kit::RendererChoice::Auto;
 };
 
 // "320x568" as a size; nothing when it is not two positive numbers that a
@@ -122,6 +124,17 @@ std::string helpFooter() {
   return footer;
 }
 
+// Two copies of the game on one preferences folder would each save over the
+// other's best score and counts, so the second one does not start.
+bool sayPrefsInUse(const kit::UserDefaults& defaults) {
+  if (!defaults.inUseElsewhere())
+    return false;
+  std::cerr << "twinlanes: another copy of Twin Lanes is running with the preferences in "
+            << defaults.filePath().parent_path().string()
+            << "; close it first (or give this one its own --prefs-dir)\n";
+  return true;
+}
+
 void sayNoDisplay(const std::string& why) {
   std::cerr << "twinlanes: no display to open a window on (" << why
             << "); to play without a window: " << kHeadlessHint << '\n';
@@ -177,7 +190,9 @@ int runScript(const Flags& flags) {
   // its clock at a fixed time: its ads' time stamps replay too.
   ScriptLaunches launches({*prefs, findResources(), !flags.headless, flags.scale, flags.language,
                            flags.seed ? kReplayEpoch : static_cast<int64_t>(std::time(nullptr)),
-                           flags.progressDemo});
+                           flags.progressDemo, flags.renderer});
+  if (sayPrefsInUse(launches.platform().defaults))
+    return 1;
   ScenarioRunner runner(launches.platform(), launches.host(), std::cout);
   runner.attachAds(launches.ads());
   runner.setRelauncher([&launches] {
@@ -207,6 +222,7 @@ int runGame(const Flags& flags) {
   options.application.prefsDir = flags.prefsDir;
   options.application.fullscreen = flags.fullscreen;
   options.application.windowScale = flags.scale;
+  options.application.renderer = flags.renderer;
   options.seed = flags.seed;
   options.autoplay = flags.autoplay;
 
@@ -217,6 +233,8 @@ int runGame(const Flags& flags) {
   }
   GameAds ads;
   GameApplication game(options, ads);
+  if (sayPrefsInUse(game.application().services().defaults))
+    return 1;
   kit::registerPreferredLanguages(game.application().services().defaults, flags.language);
   ads.start(game.application().services(), false);
   // The ads borrow the game's services: they stop before the game goes.
@@ -270,6 +288,13 @@ int twinlanesMain(int argc, char** argv) {
                                                           : "expected from 0.25 to 8, not " + text;
           },
           "0.25..8"));
+  app.add_option("--renderer", flags.renderer,
+                 "auto (accelerated with vsync on a display, software offscreen), accelerated "
+                 "or software")
+      ->transform(CLI::CheckedTransformer(std::map<std::string, kit::RendererChoice>{
+          {"auto", kit::RendererChoice::Auto},
+          {"accelerated", kit::RendererChoice::Accelerated},
+          {"software", kit::RendererChoice::Software}}));
   app.add_option("--prefs-dir", flags.prefsDir,
                  "Folder for the preferences file (default: the per-user data folder; a fresh "
                  "temporary folder for scripts)")

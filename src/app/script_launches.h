@@ -26,6 +26,7 @@ class ScriptLaunches {
     std::optional<std::string> language;  // the preferred language, else the desktop's
     int64_t startTime = 0;                // the first launch's wall clock, seconds since 1970
     bool progressDemo = false;            // each launch shows the progress demo from start
+    kit::RendererChoice renderer = kit::RendererChoice::Auto;
   };
 
   explicit ScriptLaunches(Options options);

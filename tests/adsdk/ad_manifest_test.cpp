@@ -3,6 +3,11 @@
 #include <gmock/gmock.h>
 
 #include "adsdk/creative_source.h"
+#include "kit/foundation/temp_dir.h"
+#include "kit/ui/svg_image.h"
+
+#include <fstream>
+#include <iterator>
 
 namespace {
 
@@ -46,9 +51,64 @@ TEST(DecodePicture, RefusesBrokenOrForeignBytesAndSvgsWithoutASize) {
     EXPECT_FALSE(error.empty());
   }
   std::string error;
-  EXPECT_FALSE(decodePicture("<svg width=\"1\" height=\"1\"/>", {1e6, 1e6}, 2, &error));
   EXPECT_FALSE(decodePicture("<svg viewBox=\"0 0 8\">" + kRect, {8, 4}, 1, &error));
   EXPECT_THAT(error, HasSubstr("no <svg> element with a size"));
+}
+
+// A PNG header: signature and IHDR claiming `width` x `height`, no pixels.
+std::string pngHeader(uint32_t width, uint32_t height) {
+  std::string bytes("\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR", 16);
+  for (uint32_t v : {width, height}) {
+    for (int shift = 24; shift >= 0; shift -= 8)
+      bytes += static_cast<char>((v >> shift) & 0xff);
+  }
+  return bytes + std::string("\x08\x06\0\0\0", 5) + std::string(4, '\0');
+}
+
+std::string pngOf(kit::Size pixels) {
+  kit::TempDir dir;
+  const auto file = (dir.path() / "p.png").string();
+  EXPECT_TRUE(kit::Image::blank(pixels, 1).savePng(file));
+  std::ifstream in(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+// A 275 KB PNG of 8192 x 8192 cost about 1 GB decoded at full size, and the
+// frame that first drew it stalled for more than a second.
+TEST(DecodePicture, PngsAreDecodedAtTheSizeDrawnAndRefusedBeyondThePixelLimit) {
+  std::string error;
+  EXPECT_FALSE(decodePicture(pngHeader(8192, 8192), {320, 50}, 2, &error));
+  EXPECT_THAT(error, HasSubstr("8192 x 8192 pixels, more than the limit of 16777216 pixels"));
+  EXPECT_FALSE(decodePicture(pngHeader(4097, 4096), {320, 50}, 2, &error));
+
+  // Larger than drawn: scaled down before it leaves the worker.
+  auto big = decodePicture(pngOf({2000, 1000}), {320, 160}, 2, &error);
+  ASSERT_TRUE(big) << error;
+  EXPECT_EQ(big->pixelWidth(), 640);
+  EXPECT_EQ(big->pixelHeight(), 320);
+  EXPECT_NEAR(big->size().width, 320, 0.5);
+  // Smaller than drawn: kept as it is.
+  auto small = decodePicture(pngOf({100, 50}), {320, 160}, 2, &error);
+  ASSERT_TRUE(small) << error;
+  EXPECT_EQ(small->pixelWidth(), 100);
+}
+
+// Interstitials at --scale 8 asked for pictures beyond the SVG reader's
+// 4,096-pixel side and never loaded, although the window scale allows 8.
+TEST(DecodePicture, PicturesDrawAtEveryWindowScaleWithinThePixelLimits) {
+  const std::string svg = R"(<svg viewBox="0 0 8 4">)" + kRect;
+  for (kit::Size size : {kit::Size{320, 568}, kit::Size{768, 1024}, kit::Size{1e6, 1e6}}) {
+    for (double scale : {2.0, 8.0}) {
+      std::string error;
+      auto image = decodePicture(svg, size, scale, &error);
+      ASSERT_TRUE(image) << size.width << " at " << scale << ": " << error;
+      EXPECT_LE(image->pixelWidth(), kit::kMaxSvgPixelSide);
+      EXPECT_LE(image->pixelHeight(), kit::kMaxSvgPixelSide);
+      EXPECT_LE(int64_t(image->pixelWidth()) * image->pixelHeight(), kMaxPicturePixels);
+      // The shape of the drawing (2:1) fitted into the size asked for.
+      EXPECT_NEAR(image->size().width, std::min(size.width, size.height * 2), size.width * 0.01);
+    }
+  }
 }
 
 }  // namespace

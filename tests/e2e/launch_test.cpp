@@ -1,6 +1,9 @@
 // The game as a program: two runs and what the preferences keep, relaunch,
 // the command line, and a desktop without a display.
+#include <unistd.h>
+
 #include "e2e_fixture.h"
+#include "kit/foundation/folder_lock.h"
 
 namespace e2e {
 namespace {
@@ -31,6 +34,44 @@ TEST_F(LaunchTest, TwoRunsKeepTheBestScoreAndCountTheGameOversInThePreferences) 
   EXPECT_NE(again.out.find("0\n" + std::to_string(std::max(first, second)) + "\n"),
             std::string::npos)
       << again.out;
+}
+
+// Two copies of the game on one preferences folder saved over each other's
+// best score and counts; the second copy is now refused and says why.
+TEST_F(LaunchTest, ASecondCopyOnTheSamePreferencesIsRefusedAndTheFirstKeepsItsBest) {
+  ASSERT_EQ(
+      run({"--seed", "9", "--prefs-dir", prefs()}, std::string("start\ntapbutton play\n") + kOneRun)
+          .exitCode,
+      0);
+  const nlohmann::json before = prefsFile();
+
+  const pid_t first = fork();
+  ASSERT_GE(first, 0);
+  if (first == 0) {
+    setenv("SDL_VIDEODRIVER", "offscreen", 1);
+    setenv("SDL_FRAMEBUFFER_ACCELERATION", "0", 1);
+    freopen("/dev/null", "w", stderr);
+    execl(TWINLANES_BINARY, TWINLANES_BINARY, "--scale", "1", "--frames", "100000", "--prefs-dir",
+          prefs().c_str(), static_cast<char*>(nullptr));
+    _exit(127);
+  }
+  // Once the first copy holds the folder (or after a minute: it failed).
+  for (int i = 0; i < 600 && kit::FolderLock::take(prefs()); ++i)
+    usleep(100'000);
+  const Outcome second = run({"--scale", "1", "--frames", "5", "--prefs-dir", prefs()});
+  const Outcome script = run({"--prefs-dir", prefs()}, "start\n");
+  kill(first, SIGTERM);
+  int status = 0;
+  waitpid(first, &status, 0);
+
+  EXPECT_EQ(second.exitCode, 1);
+  EXPECT_NE(second.err.find("twinlanes: another copy of Twin Lanes is running with the "
+                            "preferences in " +
+                            prefs()),
+            std::string::npos)
+      << second.err;
+  EXPECT_EQ(script.exitCode, 1) << script.err;
+  EXPECT_EQ(prefsFile()["best"], before["best"]);
 }
 
 TEST_F(LaunchTest, FramesAndScreenshotRenderTheRealWindowOfTheGivenSizeAndExit) {

@@ -40,9 +40,24 @@ class ValueBuilder final : public nlohmann::json_sax<json> {
   bool start_array(std::size_t) override { return open(false); }
   bool end_array() override { return close(); }
 
-  bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
+  bool parse_error(std::size_t position, const std::string& token,
+                   const nlohmann::detail::exception& e) override {
+    // 406: a number beyond the range of a double.
+    if (e.id == 406 && position >= token.size())
+      overflow_ = Overflow{position - token.size(), token};
+    else if (!tooDeep_)
+      message_ = e.what();
     return false;
   }
+
+  // Where a number too large for a double stopped the parse, if one did.
+  struct Overflow {
+    size_t start;
+    std::string token;
+  };
+  std::optional<Overflow> overflow() const { return overflow_; }
+  bool tooDeep() const { return tooDeep_; }
+  const std::string& message() const { return message_; }
 
   std::optional<Value> result() {
     return done_ ? std::optional<Value>(std::move(root_)) : std::nullopt;
@@ -73,8 +88,10 @@ class ValueBuilder final : public nlohmann::json_sax<json> {
   }
 
   bool open(bool isObject) {
-    if (stack_.size() >= maxDepth_)
+    if (stack_.size() >= maxDepth_) {
+      tooDeep_ = true;
       return false;
+    }
     stack_.push_back(Frame{isObject, {}, {}, {}});
     return true;
   }
@@ -89,7 +106,14 @@ class ValueBuilder final : public nlohmann::json_sax<json> {
   std::vector<Frame> stack_;
   Value root_;
   bool done_ = false;
+  bool tooDeep_ = false;
+  std::optional<Overflow> overflow_;
+  std::string message_;
 };
+
+// Each pass past a number too large for a double re-reads the document; past
+// this many such numbers it is refused instead.
+constexpr int kMaxOverflowsMended = 16;
 
 json toNlohmann(const Value& value, int depth) {
   switch (value.type()) {
@@ -125,15 +149,43 @@ json toNlohmann(const Value& value, int depth) {
 
 }  // namespace
 
-std::optional<Value> parseJson(std::string_view text, int maxDepth) {
-  ValueBuilder builder(std::clamp(maxDepth, 0, kMaxJsonDepth));
-  try {
-    if (!json::sax_parse(text.begin(), text.end(), &builder))
-      return std::nullopt;
-  } catch (const std::exception&) {
-    return std::nullopt;
+Result<Value> readJson(std::string_view text, int maxDepth) {
+  const int depth = std::clamp(maxDepth, 0, kMaxJsonDepth);
+  // A number out of range is written over with null (padded to its length,
+  // so later positions hold) and the text read again.
+  std::string mended;
+  for (int pass = 0;; ++pass) {
+    ValueBuilder builder(depth);
+    try {
+      if (json::sax_parse(text.begin(), text.end(), &builder)) {
+        if (std::optional<Value> value = builder.result())
+          return std::move(*value);
+      }
+    } catch (const std::exception& e) {
+      return Error{std::string("is not valid JSON (") + e.what() + ")"};
+    }
+    if (builder.tooDeep())
+      return Error{"is nested deeper than " + std::to_string(depth) + " levels"};
+    const auto overflow = builder.overflow();
+    if (!overflow || pass >= kMaxOverflowsMended || overflow->token.size() < 4 ||
+        overflow->start + overflow->token.size() > text.size() ||
+        text.substr(overflow->start, overflow->token.size()) != overflow->token) {
+      return Error{"is not valid JSON" +
+                   (builder.message().empty() ? std::string() : " (" + builder.message() + ")")};
+    }
+    if (mended.empty())
+      mended = std::string(text);
+    mended.replace(overflow->start, overflow->token.size(),
+                   "null" + std::string(overflow->token.size() - 4, ' '));
+    text = mended;
   }
-  return builder.result();
+}
+
+std::optional<Value> parseJson(std::string_view text, int maxDepth) {
+  Result<Value> value = readJson(text, maxDepth);
+  if (!value)
+    return std::nullopt;
+  return std::move(*value);
 }
 
 std::string toJson(const Value& value, int indent) {

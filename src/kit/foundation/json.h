@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "kit/foundation/result.h"
 #include "kit/foundation/value.h"
 
 namespace kit {
@@ -16,8 +17,14 @@ inline constexpr int kMaxJsonDepth = 512;
 // included), or nesting deeper than maxDepth, gives nullopt; a hostile
 // document is refused as soon as it goes too deep, never recursed into.
 // Integers stay integers (beyond 64 bits they become reals), reals stay
-// reals; a JSON null becomes nil. A repeated key keeps its last value.
+// reals; a JSON null becomes nil. A repeated key keeps its last value. A
+// number too large for a double (1e400) reads as nil rather than refusing
+// the whole document.
 std::optional<Value> parseJson(std::string_view text, int maxDepth = 64);
+
+// The same, saying why a text is refused: "is nested deeper than N levels"
+// for a document that is valid but too deep, else "is not valid JSON (...)".
+Result<Value> readJson(std::string_view text, int maxDepth = 64);
 
 // Compact JSON text of a value. Reals keep full precision (the shortest text
 // that reads back as the same double) so dumps can be compared exactly; NaN

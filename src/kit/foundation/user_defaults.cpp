@@ -6,10 +6,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 
 #include "kit/foundation/json.h"
+#include "kit/foundation/set_aside.h"
 
 namespace kit {
 
@@ -18,7 +20,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kFileName = "prefs.json";
-constexpr const char* kBadName = "prefs.json.bad";
 constexpr std::string_view kTempPrefix = "prefs.json.tmp-";
 constexpr int kMaxDepth = 64;
 
@@ -81,23 +82,28 @@ bool readUpTo(int fd, size_t limit, std::string& out) {
 }
 
 // What a preferences file holds, or nullopt with the reason it is refused.
-std::optional<Value::Dictionary> decodeFile(std::string_view bytes, const char** why) {
-  const char* reason = nullptr;
-  std::optional<Value> parsed;
+// The writer checks its own bytes with this too, so it never writes a file
+// the next launch would refuse. A key whose value is nil (a JSON null, or a
+// number out of range) is left out: it reads as its default.
+std::optional<Value::Dictionary> decodeFile(std::string_view bytes, std::string* why) {
+  std::string reason;
+  std::optional<Result<Value>> parsed;
   if (bytes.empty()) {
     reason = "is empty";
   } else if (bytes.size() > UserDefaults::kMaxFileBytes) {
     reason = "is larger than 4 MiB";
-  } else if (!(parsed = parseJson(bytes, kMaxDepth))) {
-    reason = "is not valid JSON";
-  } else if (!parsed->ifDictionary()) {
+  } else if (!*(parsed = readJson(bytes, kMaxDepth))) {
+    reason = (*parsed).error();
+  } else if (!(**parsed).ifDictionary()) {
     reason = "does not hold a JSON object";
   }
   if (why)
     *why = reason;
-  if (reason)
+  if (!reason.empty())
     return std::nullopt;
-  return *parsed->ifDictionary();
+  Value::Dictionary values = std::move(*(**parsed).ifDictionary());
+  std::erase_if(values, [](const auto& entry) { return entry.second.isNil(); });
+  return values;
 }
 
 fs::path homeFolder() {
@@ -157,7 +163,7 @@ std::optional<Value::Dictionary> UserDefaults::decode(std::string_view bytes) {
 }
 
 std::string UserDefaults::encode(const Value::Dictionary& values) {
-  return toJson(Value(values), 2) + "\n";
+  return toJson(Value(values)) + "\n";
 }
 
 void UserDefaults::load() {
@@ -173,7 +179,25 @@ void UserDefaults::load() {
     persistent_ = false;
     return;
   }
-  removeStrayTempFiles();
+  // The file, its temporary files and set-aside copies belong to whoever
+  // holds the folder; another store on it only reads, never writes or cleans.
+  // A file system without locks is used as if it were held: refusing it
+  // would lose every save there.
+  Result<FolderLock> lock = FolderLock::take(folder_);
+  if (lock || lock.error() != FolderLock::kInUse) {
+    if (lock)
+      lock_.emplace(std::move(*lock));
+    else
+      log_.write("Preferences folder " + folder_.string() + " cannot be locked (" + lock.error() +
+                 "); using it unlocked");
+    owner_ = true;
+    removeStrayTempFiles();
+  } else {
+    inUseElsewhere_ = true;
+    log_.write("Preferences folder " + folder_.string() +
+               " is in use by another copy of the program; changes are kept in memory only");
+    persistent_ = false;
+  }
 
   // Non-blocking so that a FIFO put in the file's place cannot hang us.
   Fd fd(::open(file_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -203,7 +227,7 @@ void UserDefaults::load() {
     persistent_ = false;
     return;
   }
-  const char* why = nullptr;
+  std::string why;
   std::optional<Value::Dictionary> values = decodeFile(bytes, &why);
   if (!values) {
     setAside(why);
@@ -224,14 +248,17 @@ void UserDefaults::removeStrayTempFiles() {
 }
 
 void UserDefaults::setAside(std::string_view why) {
-  const fs::path bad = folder_ / kBadName;
-  const int rc = ::rename(file_.c_str(), bad.c_str());
-  const int error = errno;
+  if (!owner_) {
+    log_.write("Preferences file " + file_.string() + " " + std::string(why) +
+               "; left in place for its owner, using the defaults");
+    return;
+  }
+  Result<fs::path> bad = setAsideFile(file_, std::chrono::system_clock::now(), kKeptBadFiles);
   std::string line = "Preferences file " + file_.string() + " " + std::string(why);
-  if (rc == 0) {
-    log_.write(line + "; moved it to " + bad.filename().string() + " and using the defaults");
+  if (bad) {
+    log_.write(line + "; moved it to " + bad->filename().string() + " and using the defaults");
   } else {
-    log_.write(line + "; could not move it aside (" + errorText(error) +
+    log_.write(line + "; could not move it aside (" + bad.error() +
                "); using the defaults, kept in memory only");
     persistent_ = false;
   }
@@ -332,6 +359,12 @@ bool UserDefaults::synchronize() {
 // file is untouched and the temporary file is removed.
 bool UserDefaults::write() {
   const std::string bytes = encode(values_);
+  std::string refused;
+  if (!decodeFile(bytes, &refused)) {
+    log_.write("Could not save preferences to " + file_.string() + ": the new file " + refused +
+               ", which the next launch would refuse; the saved file is kept");
+    return false;
+  }
   std::string temp = (folder_ / (std::string(kTempPrefix) + "XXXXXX")).string();
 
   auto fail = [&](const char* step, int error, bool removeTemp) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "kit/foundation/folder_lock.h"
 #include "kit/foundation/log.h"
 #include "kit/foundation/thread_checker.h"
 #include "kit/foundation/value.h"
@@ -14,16 +15,21 @@ namespace kit {
 
 // The user's preferences, as the platform's user defaults: typed values by
 // key over registered defaults (kept in memory, never written). Persisted as
-// JSON in `folder`/prefs.json, written atomically on synchronize() and on
-// destruction. A missing file is a first launch; a corrupt one is moved aside
-// to prefs.json.bad with a log line and the store starts from its defaults.
-// A folder that cannot be used (or an empty path) keeps the values in memory
-// only. Main thread only (the thread that made it; checked in debug builds).
-// The log must outlive the store.
+// compact JSON in `folder`/prefs.json, written atomically on synchronize()
+// and on destruction. A missing file is a first launch; a corrupt one is
+// moved aside to prefs.json.bad-<UTC time> (the newest kKeptBadFiles kept)
+// with a log line and the store starts from its defaults. The store holds
+// the folder while it lives: a second store on it (another copy of the
+// program) reads the file but keeps its changes in memory only and says so;
+// a folder that cannot be used (or an empty path) keeps values in memory.
+// Main thread only (the thread that made it; checked in debug builds). The
+// log must outlive the store.
 class UserDefaults {
  public:
-  // Files larger than this are set aside unread.
+  // Files larger than this are set aside unread, and never written.
   static constexpr size_t kMaxFileBytes = 4 << 20;
+  // Set-aside copies of bad files kept in the folder, newest first.
+  static constexpr size_t kKeptBadFiles = 5;
 
   UserDefaults(std::filesystem::path folder, Log& log);
   ~UserDefaults();
@@ -34,8 +40,8 @@ class UserDefaults {
   static std::filesystem::path defaultFolder();
 
   // The stored values a preferences file holds, or nullopt when the bytes
-  // are not one (not JSON, not an object, too deep). encode() gives the
-  // bytes of a file; decode(encode(v)) == v for every decoded v.
+  // are not one (not JSON, not an object, too deep, too large). encode()
+  // gives the bytes of a file; decode(encode(v)) == v for every decoded v.
   static std::optional<Value::Dictionary> decode(std::string_view bytes);
   static std::string encode(const Value::Dictionary& values);
 
@@ -66,13 +72,15 @@ class UserDefaults {
   const std::filesystem::path& filePath() const { return file_; }
   // False when the values live in memory only.
   bool isPersistent() const { return persistent_; }
+  // True when another store (another copy of the program) holds the folder.
+  bool inUseElsewhere() const { return inUseElsewhere_; }
   // The values set by the program (or loaded), without the defaults.
   const Value::Dictionary& storedValues() const { return values_; }
 
  private:
   void load();
   void removeStrayTempFiles();
-  // Moves a bad file to prefs.json.bad and logs why, in one line.
+  // Moves a bad file aside and logs why, in one line.
   void setAside(std::string_view why);
   bool write();
 
@@ -81,9 +89,12 @@ class UserDefaults {
   Log& log_;
   Value::Dictionary values_;
   Value::Dictionary defaults_;
+  std::optional<FolderLock> lock_;
+  bool owner_ = false;  // the folder is this store's to write and clean
   bool dirty_ = false;
   bool persistent_ = true;
   ThreadChecker thread_;
+  bool inUseElsewhere_ = false;
 };
 
 }  // namespace kit

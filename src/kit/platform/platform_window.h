@@ -9,6 +9,7 @@
 #include "kit/platform/event_source.h"
 #include "kit/platform/image_codec.h"
 #include "kit/platform/render_target.h"
+#include "kit/platform/renderer_choice.h"
 #include "kit/render/viewport.h"
 
 namespace kit {
@@ -19,6 +20,7 @@ struct WindowOptions {
   double scale = 0;            // window coordinates per point; 0 fits the desktop
   bool fullscreen = false;     // desktop fullscreen
   std::filesystem::path icon;  // a PNG; none when empty or unreadable
+  RendererChoice renderer = RendererChoice::Auto;
 };
 
 // The one window (or canvas) the application draws into and takes its input
@@ -31,6 +33,10 @@ class PlatformWindow : public RenderTarget, public EventSource {
   virtual Viewport viewport() const = 0;
   // The display's refresh rate in hertz, 0 when unknown.
   virtual int refreshRate() const = 0;
+  // The name of what draws ("opengl", "software", "canvas", ...) and whether
+  // the platform granted vsync, as it reports it.
+  virtual std::string rendererName() const = 0;
+  virtual bool vsync() const = 0;
   // False while minimised or hidden: nothing there to draw.
   virtual bool isVisible() const = 0;
   virtual bool isFullscreen() const = 0;

@@ -111,10 +111,13 @@ Status Application::launch() {
     w.icon = options_.icon;
     if (!windows_)
       return Error{"no window system: this program runs headless only"};
+    w.renderer = options_.renderer;
     Result<std::unique_ptr<PlatformWindow>> opened = windows_->open(w);
     if (!opened)
       return Error{opened.error()};
     platformWindow_ = std::move(*opened);
+    services_.log.write("Drawing with SDL's " + platformWindow_->rendererName() +
+                        " renderer, vsync " + (platformWindow_->vsync() ? "on" : "off"));
     const Bundle& bundle = services_.bundle;
     renderer_ = std::make_unique<Renderer>(
         *platformWindow_, windows_->imageCodec(),

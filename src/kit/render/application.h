@@ -12,6 +12,7 @@
 #include "kit/foundation/services.h"
 #include "kit/foundation/value.h"
 #include "kit/platform/platform_window.h"
+#include "kit/platform/renderer_choice.h"
 #include "kit/render/interface_layout.h"
 #include "kit/render/lifecycle.h"
 #include "kit/render/viewport.h"
@@ -62,6 +63,7 @@ struct ApplicationOptions {
   bool fullscreen = false;
   double windowScale = 0;      // window coordinates per point; 0 fits the desktop
   std::filesystem::path icon;  // the window's icon (PNG)
+  RendererChoice renderer = RendererChoice::Auto;
 };
 
 // The application object (the platform's shared application). It borrows the

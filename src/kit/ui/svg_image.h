@@ -23,4 +23,9 @@ inline constexpr int kMaxSvgPixelSide = 4096;
 [[nodiscard]] std::optional<Image> rasterizeSvg(std::string_view svg, Size size, double scale,
                                                 std::string* error = nullptr);
 
+// A thread other than the main one that rasterised SVGs calls this as it
+// ends: the SVG reader keeps per-thread state (its last error message) that
+// it frees by itself only on threads it started.
+void releaseSvgThreadState();
+
 }  // namespace kit

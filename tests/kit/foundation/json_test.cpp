@@ -66,5 +66,36 @@ TEST(JsonTest, NestingIsCappedAtTheRequestedDepthAndNeverBeyondTheHardCap) {
   EXPECT_TRUE(parseJson(text, kMaxJsonDepth));
 }
 
+// A preferences file nested one level too deep was reported as invalid JSON,
+// which sent its owner looking for a syntax error that was not there.
+TEST(JsonTest, AValidDocumentTooDeepIsReportedAsTooDeepAndBrokenTextAsInvalid) {
+  Result<Value> deep = readJson("{\"a\":" + nested(64) + "}", 64);
+  ASSERT_FALSE(deep);
+  EXPECT_EQ(deep.error(), "is nested deeper than 64 levels");
+  Result<Value> broken = readJson("{\"a\": [1,]}", 64);
+  ASSERT_FALSE(broken);
+  EXPECT_EQ(broken.error().rfind("is not valid JSON (", 0), 0u) << broken.error();
+  EXPECT_TRUE(readJson("{\"a\":" + nested(63) + "}", 64));
+}
+
+// One number too large for a double made the whole document unreadable, so
+// a preferences file with it lost every other value.
+TEST(JsonTest, ANumberOutOfRangeReadsAsNilAndTheRestOfTheDocumentStands) {
+  auto v =
+      parseJson(R"({"best": 12, "big": 1e400, "neg": [-1E+999, 2], "tiny": 1e-400, "s": "1e400"})");
+  ASSERT_TRUE(v);
+  EXPECT_EQ((*v)["best"], Value(12));
+  EXPECT_TRUE((*v)["big"].isNil());
+  EXPECT_EQ((*v)["neg"], Value(Value::Array{Value(), Value(2)}));
+  EXPECT_EQ((*v)["tiny"].doubleValue(), 0.0);
+  EXPECT_EQ((*v)["s"], Value("1e400"));
+  // Mending numbers never makes broken text acceptable, and stops after a while.
+  EXPECT_FALSE(parseJson("[1e400, ]"));
+  std::string many = "[";
+  for (int i = 0; i < 100; ++i)
+    many += "1e400,";
+  EXPECT_FALSE(parseJson(many + "1]"));
+}
+
 }  // namespace
 }  // namespace kit

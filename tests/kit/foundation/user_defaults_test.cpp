@@ -12,6 +12,7 @@
 #include <iterator>
 #include <memory>
 #include <random>
+#include <regex>
 #include <string>
 
 #include "kit/foundation/json.h"
@@ -46,6 +47,19 @@ class UserDefaultsTest : public ::testing::Test {
     }
     std::sort(names.begin(), names.end());
     return names;
+  }
+  // The set-aside copies of bad files, oldest first.
+  std::vector<std::string> badFiles() const {
+    std::vector<std::string> names;
+    for (const auto& name : files()) {
+      if (name.rfind("prefs.json.bad-", 0) == 0)
+        names.push_back(name);
+    }
+    return names;
+  }
+  std::string newestBad() const {
+    const auto names = badFiles();
+    return names.empty() ? "" : names.back();
   }
   Value::Dictionary onDisk() const {
     auto values = UserDefaults::decode(readFile("prefs.json"));
@@ -154,7 +168,7 @@ TEST_F(UserDefaultsTest, BadFilesAreSetAsideWithOneLineAndDefaultsUsed) {
     d.registerDefaults({{"best", 0}});
     EXPECT_EQ(d.integerForKey("best"), 0);
     EXPECT_EQ(log.take().size(), 1u);
-    EXPECT_EQ(readFile("prefs.json.bad"), bytes);
+    EXPECT_EQ(readFile(newestBad()), bytes);
 
     d.setInteger(7, "best");
     ASSERT_TRUE(d.synchronize());
@@ -174,7 +188,7 @@ TEST_F(UserDefaultsTest, HugeFileIsSetAsideUnread) {
   EXPECT_TRUE(launch().storedValues().empty());
   ASSERT_EQ(log.lines().size(), 1u);
   EXPECT_NE(log.lines()[0].find("larger than"), std::string::npos) << log.lines()[0];
-  EXPECT_EQ(fs::file_size(dir.path() / "prefs.json.bad"), 100u << 20);
+  EXPECT_EQ(fs::file_size(dir.path() / newestBad()), 100u << 20);
 }
 
 TEST_F(UserDefaultsTest, UnusableFolderKeepsValuesInMemory) {
@@ -212,7 +226,120 @@ TEST_F(UserDefaultsTest, FailedSaveKeepsOldFileAndValuesAndRetriesAndAFolderIsSe
   fs::create_directory(dir.path() / "prefs.json");  // a folder in the file's place at launch
   launch();
   EXPECT_EQ(log.take().size(), 1u);
-  EXPECT_TRUE(fs::is_directory(dir.path() / "prefs.json.bad"));
+  EXPECT_TRUE(fs::is_directory(dir.path() / newestBad()));
+}
+
+// A second bad file replaced the copy set aside from the first, so whatever
+// could have been recovered from it was gone.
+TEST_F(UserDefaultsTest, EveryBadFileIsKeptTimeStampedAndOnlyTheNewestFew) {
+  for (int i = 0; i < 7; ++i) {
+    writeFile("prefs.json", "broken " + std::to_string(i));
+    launch();
+    quit();
+  }
+  const auto bad = badFiles();
+  ASSERT_EQ(bad.size(), UserDefaults::kKeptBadFiles);
+  // The newest five, in order, each under its own UTC time stamp.
+  for (size_t i = 0; i < bad.size(); ++i) {
+    EXPECT_EQ(readFile(bad[i]), "broken " + std::to_string(i + 2)) << bad[i];
+    EXPECT_TRUE(std::regex_match(bad[i], std::regex(R"(prefs\.json\.bad-\d{8}T\d{6}Z(-\d\d)?)")))
+        << bad[i];
+  }
+  EXPECT_EQ(log.lines().back().find(bad.back()) != std::string::npos, true) << log.lines().back();
+}
+
+// A file just under the reader's limit was pretty-printed past it on the
+// next save, and the launch after that set it aside and lost the best score.
+TEST_F(UserDefaultsTest, TheWriterNeverWritesAFileTheReaderWouldRefuse) {
+  std::string list = "[0";
+  while (list.size() < UserDefaults::kMaxFileBytes - 1000)
+    list += ",1";
+  writeFile("prefs.json", "{\"list\":" + list + "],\"best\":1}");
+  auto& d = launch();
+  ASSERT_EQ(d.integerForKey("best"), 1);
+  d.setInteger(2, "best");
+  ASSERT_TRUE(d.synchronize());
+  EXPECT_LE(fs::file_size(dir.path() / "prefs.json"), UserDefaults::kMaxFileBytes);
+  EXPECT_EQ(launch().integerForKey("best"), 2);
+  EXPECT_TRUE(log.take().empty());
+
+  // Values the reader would refuse are not written; the saved file stays.
+  const std::string saved = readFile("prefs.json");
+  prefs->setObject(Value(std::string(UserDefaults::kMaxFileBytes, 'x')), "huge");
+  EXPECT_FALSE(prefs->synchronize());
+  prefs->removeObjectForKey("huge");
+  Value deep(1);
+  for (int i = 0; i < 70; ++i)
+    deep = Value(Value::Array{deep});
+  prefs->setObject(deep, "deep");
+  EXPECT_FALSE(prefs->synchronize());
+  const auto lines = log.take();
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_NE(lines[0].find("larger than 4 MiB"), std::string::npos) << lines[0];
+  EXPECT_NE(lines[1].find("nested deeper than 64 levels"), std::string::npos) << lines[1];
+  EXPECT_EQ(readFile("prefs.json"), saved);
+  EXPECT_TRUE(badFiles().empty());
+}
+
+// A valid file one level too deep was set aside as "not valid JSON"; one
+// number out of range (1e400) set the whole file aside.
+TEST_F(UserDefaultsTest, TooDeepIsSaidAsSuchAndANumberOutOfRangeLosesOnlyItself) {
+  writeFile("prefs.json", "{\"a\":" + std::string(64, '[') + std::string(64, ']') + "}");
+  launch();
+  ASSERT_EQ(log.lines().size(), 1u);
+  EXPECT_NE(log.lines()[0].find("is nested deeper than 64 levels"), std::string::npos)
+      << log.lines()[0];
+  quit();
+  log.take();
+
+  writeFile("prefs.json", R"({"best": 12, "cnt": 1e400, "sound": false})");
+  auto& d = launch();
+  d.registerDefaults({{"cnt", 3}});
+  EXPECT_EQ(d.integerForKey("best"), 12);
+  EXPECT_EQ(d.integerForKey("cnt"), 3);  // its default
+  EXPECT_FALSE(d.boolForKey("sound"));
+  EXPECT_TRUE(log.take().empty());
+  EXPECT_EQ(badFiles().size(), 1u);  // only the deep one
+}
+
+// Two copies of the game on one folder saved over each other's best score
+// and counts, and each deleted the other's temporary file mid-save.
+TEST_F(UserDefaultsTest, ASecondStoreOnTheFolderIsRefusedAndTouchesNothing) {
+  auto& first = launch();
+  first.setInteger(40, "best");
+  ASSERT_TRUE(first.synchronize());
+  writeFile("prefs.json.tmp-Ab12Cd", "a save in progress");
+  const std::string saved = readFile("prefs.json");
+
+  CapturingLog otherLog;
+  {
+    UserDefaults second(dir.path(), otherLog);
+    EXPECT_TRUE(second.inUseElsewhere());
+    EXPECT_FALSE(second.isPersistent());
+    ASSERT_EQ(otherLog.lines().size(), 1u);
+    EXPECT_NE(otherLog.lines()[0].find("in use by another copy"), std::string::npos);
+    EXPECT_EQ(second.integerForKey("best"), 40);  // it may read
+    second.setInteger(3, "best");
+    EXPECT_FALSE(second.synchronize());
+  }
+  EXPECT_EQ(readFile("prefs.json"), saved);
+  EXPECT_EQ(readFile("prefs.json.tmp-Ab12Cd"), "a save in progress");
+  EXPECT_FALSE(first.inUseElsewhere());
+
+  // In another process too, until the first one goes.
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    CapturingLog quiet;
+    UserDefaults other(dir.path(), quiet);
+    ::_exit(other.inUseElsewhere() ? 0 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  quit();
+  EXPECT_EQ(launch().integerForKey("best"), 40);
+  EXPECT_FALSE(prefs->inUseElsewhere());
 }
 
 TEST_F(UserDefaultsTest, DefaultFolderIgnoresAnEmptyDataHome) {

@@ -23,7 +23,6 @@ void fail(std::string* error, const std::string& what) {
 
 void applyVideoHints(const std::string& appName) {
   SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
-  SDL_SetHint(SDL_HINT_RENDER_DRIVER, "software");
   SDL_SetHint(SDL_HINT_TOUCH_MOUSE_EVENTS, "0");
   SDL_SetHint(SDL_HINT_MOUSE_TOUCH_EVENTS, "0");
   if (!appName.empty())
@@ -80,6 +79,28 @@ bool startVideo(std::string* error) {
   return true;
 }
 
+// A real display gets an accelerated, vsynced renderer when the driver can
+// make one; the invisible drivers (tests, screenshots) keep the software
+// renderer so that their pixels are the same everywhere.
+SDL_Renderer* createRenderer(SDL_Window* window, RendererChoice choice) {
+  const char* driver = SDL_GetCurrentVideoDriver();
+  const bool invisible =
+      driver && (std::string(driver) == "offscreen" || std::string(driver) == "dummy");
+  if (choice == RendererChoice::Accelerated || (choice == RendererChoice::Auto && !invisible)) {
+    if (SDL_Renderer* r =
+            SDL_CreateRenderer(window, -1, SDL_RENDERER_ACCELERATED | SDL_RENDERER_PRESENTVSYNC)) {
+      return r;
+    }
+    if (SDL_Renderer* r = SDL_CreateRenderer(window, -1, SDL_RENDERER_ACCELERATED))
+      return r;
+  }
+  if (SDL_Renderer* r =
+          SDL_CreateRenderer(window, -1, SDL_RENDERER_SOFTWARE | SDL_RENDERER_PRESENTVSYNC)) {
+    return r;
+  }
+  return SDL_CreateRenderer(window, -1, SDL_RENDERER_SOFTWARE);
+}
+
 }  // namespace
 
 bool RenderWindow::displayAvailable(std::string* error) {
@@ -126,10 +147,7 @@ std::unique_ptr<RenderWindow> RenderWindow::open(const WindowOptions& options, s
       SDL_FreeSurface(icon);
     }
   }
-  w->renderer_ =
-      SDL_CreateRenderer(w->window_, -1, SDL_RENDERER_SOFTWARE | SDL_RENDERER_PRESENTVSYNC);
-  if (!w->renderer_)
-    w->renderer_ = SDL_CreateRenderer(w->window_, -1, SDL_RENDERER_SOFTWARE);
+  w->renderer_ = createRenderer(w->window_, options.renderer);
   if (!w->renderer_) {
     fail(error, "cannot create a renderer");
     return nullptr;
@@ -157,6 +175,19 @@ void RenderWindow::waitForEvents(int timeoutMs) {
 
 uint32_t RenderWindow::windowId() const {
   return SDL_GetWindowID(window_);
+}
+
+std::string RenderWindow::rendererName() const {
+  SDL_RendererInfo info{};
+  if (SDL_GetRendererInfo(renderer_, &info) != 0 || !info.name)
+    return "";
+  return info.name;
+}
+
+bool RenderWindow::vsync() const {
+  SDL_RendererInfo info{};
+  return SDL_GetRendererInfo(renderer_, &info) == 0 &&
+         (info.flags & SDL_RENDERER_PRESENTVSYNC) != 0;
 }
 
 Size RenderWindow::windowSize() const {

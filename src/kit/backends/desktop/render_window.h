@@ -16,9 +16,9 @@ struct SDL_Texture;
 
 namespace kit {
 
-// One desktop window with SDL's software renderer (the same pixels on every
-// video driver: x11, wayland, offscreen, dummy), drawn at the drawable's full
-// pixel density, resizable, with vsync requested. Owns the SDL window and
+// One desktop window with an SDL renderer chosen as WindowOptions::renderer
+// says, drawn at the drawable's full pixel density, resizable, with vsync
+// requested. Owns the SDL window and
 // renderer, the textures made through it, the open game controllers, and
 // SDL's video subsystem while it lives. The desktop's PlatformWindow: its
 // render target is the SDL renderer and its events come from SDL's queue.
@@ -51,6 +51,8 @@ class RenderWindow final : public PlatformWindow {
   // --- PlatformWindow ---------------------------------------------------------------
   Viewport viewport() const override;
   int refreshRate() const override;
+  std::string rendererName() const override;
+  bool vsync() const override;
   bool isVisible() const override;
   bool isFullscreen() const override;
   void setFullscreen(bool on) override;
@@ -87,8 +89,8 @@ class RenderWindow final : public PlatformWindow {
 
 // Sets the hints every SDL window of the program wants, before SDL starts
 // video: no GPU texture behind the software renderer (slow to start, no
-// gain), no mouse events made from touches or touches made from the mouse
-// (both are handled as they are), and the application's name.
+// gain when the software renderer is the choice), no mouse events made from touches or touches made
+// from the mouse (both are handled as they are), and the application's name.
 void applyVideoHints(const std::string& appName);
 
 }  // namespace kit

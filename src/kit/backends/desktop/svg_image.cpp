@@ -73,8 +73,28 @@ std::vector<double> numbers(std::string_view text) {
   }
 }
 
-bool positive(double value) {
-  return std::isfinite(value) && value > 0;
+// Sizes the reader turns into a drawing, no smaller than it can tell from
+// nothing (its single-precision zero) and no larger than a bitmap can be.
+bool usableSide(double value) {
+  return std::isfinite(value) && value >= 1e-3 && value <= 1e6;
+}
+
+// A width or height in absolute units; the relative ones (%, em, ex) mean
+// nothing on the outermost element and make the reader drop the drawing.
+bool usableLength(std::string_view text) {
+  std::string copy(text);
+  char* end = nullptr;
+  const double value = std::strtod(copy.c_str(), &end);
+  if (end == copy.c_str() || !usableSide(value))
+    return false;
+  std::string_view unit(end);
+  while (!unit.empty() && std::isspace(static_cast<unsigned char>(unit.back())))
+    unit.remove_suffix(1);
+  for (std::string_view absolute : {"", "px", "pt", "pc", "mm", "cm", "in"}) {
+    if (unit == absolute)
+      return true;
+  }
+  return false;
 }
 
 // Whether the root element gives the drawing a size (width and height, or a
@@ -87,13 +107,11 @@ bool declaresSize(std::string_view svg) {
     return false;
   const std::string_view tag = svg.substr(open, close - open);
   const auto width = attribute(tag, "width"), height = attribute(tag, "height");
-  if (width && height) {
-    const auto w = numbers(*width), h = numbers(*height);
-    return !w.empty() && !h.empty() && positive(w[0]) && positive(h[0]);
-  }
+  if (width && height)
+    return usableLength(*width) && usableLength(*height);
   if (const auto box = attribute(tag, "viewBox")) {
     const auto v = numbers(*box);
-    return v.size() == 4 && positive(v[2]) && positive(v[3]);
+    return v.size() == 4 && usableSide(v[2]) && usableSide(v[3]);
   }
   return false;
 }
@@ -174,6 +192,10 @@ std::optional<Image> rasterizeSvg(std::string_view svg, Size size, double scale,
     return std::nullopt;
   }
   return Image::fromPngData(png, scale, error);
+}
+
+void releaseSvgThreadState() {
+  SDL_TLSCleanup();
 }
 
 }  // namespace kit
