@@ -3,7 +3,7 @@
 // it is not.
 const CACHE = 'twinlanes-v1';
 const SITE = [
-  './', 'index.html', 'twinlanes-page.js', 'twinlanes.js', 'twinlanes.wasm', 'twinlanes.data',
+  './', 'index.html', 'twinlanes-page.js', 'twinlanes.js', 'twinlanes.wasm', 'resources.json',
   'manifest.webmanifest', 'icons/twinlanes.svg', 'icons/twinlanes-256.png',
 ];
 
