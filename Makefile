@@ -25,3 +25,26 @@ bench: setup
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+# The browser build (README: "Play in the browser").
+#   make web       installs what is missing, builds the site into build/web
+#   make serve     serves it on http://127.0.0.1:8080/
+#   make test-web  the browser tests alone (label web)
+.PHONY: setup-web web serve test-web
+
+setup-web: setup
+	@scripts/setup-web
+
+web: setup-web
+	@cmake --preset web >/dev/null
+	@cmake --build --preset web
+	@echo "The site is in build/web. Serve it with: make serve, then open http://127.0.0.1:8080/"
+
+serve: web
+	@echo "Twin Lanes on http://127.0.0.1:8080/ (Ctrl+C stops the server)"
+	@python3 -m http.server 8080 --bind 127.0.0.1 --directory build/web
+
+test-web: web
+	@cmake --preset asan >/dev/null
+	@cmake --build --preset asan --target twinlanes
+	@ctest --preset asan -L web
