@@ -45,6 +45,6 @@ serve: web
 	@python3 -m http.server 8080 --bind 127.0.0.1 --directory build/web
 
 test-web: web
-	@cmake --preset asan >/dev/null
+	@cmake --preset asan -DTWINLANES_WEB_TESTS=ON >/dev/null
 	@cmake --build --preset asan --target twinlanes
 	@ctest --preset asan -L web
