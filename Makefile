@@ -30,7 +30,8 @@ format:
 #   make web       installs what is missing, builds the site into build/web
 #   make serve     serves it on http://127.0.0.1:8080/
 #   make test-web  the browser tests alone (label web)
-.PHONY: setup-web web serve test-web
+#   make bench-web the page's frame times and download size
+.PHONY: setup-web web serve test-web bench-web
 
 setup-web: setup
 	@scripts/setup-web
@@ -48,3 +49,6 @@ test-web: web
 	@cmake --preset asan -DTWINLANES_WEB_TESTS=ON >/dev/null
 	@cmake --build --preset asan --target twinlanes
 	@ctest --preset asan -L web
+
+bench-web: web
+	@node bench/web/page-bench.mjs
