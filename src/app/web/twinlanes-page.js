@@ -5,6 +5,8 @@
 //   twinlanes.ready        true once the first frame is drawn
 //   twinlanes.dump()       the game's state, as the scenario command `dump`
 //   twinlanes.stats()      frames drawn and the time spent in wasm per frame
+//   twinlanes.resetStats() starts those counts again
+//   twinlanes.autoplay(on) the built-in player steers, or stops steering
 'use strict';
 (function () {
   const params = new URLSearchParams(window.location.search);
@@ -21,6 +23,13 @@
     },
     stats() {
       return twinlanes.ready ? JSON.parse(Module.ccall('twinlanes_stats', 'string', [], [])) : null;
+    },
+    resetStats() {
+      if (twinlanes.ready) Module.ccall('twinlanes_reset_stats', null, [], []);
+    },
+    // Lets the built-in player steer (true) or hands the cars back (false).
+    autoplay(on) {
+      if (twinlanes.ready) Module.ccall('twinlanes_autoplay', null, ['number'], [on ? 1 : 0]);
     },
   };
   window.twinlanes = twinlanes;
