@@ -14,6 +14,7 @@ run: setup
 	@scripts/run-game $(ARGS)
 
 test: setup
+	@scripts/check-layering
 	@cmake --preset asan >/dev/null
 	@cmake --build --preset asan
 	@scripts/run-tests asan

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "app/game_application.h"
-#include "kit/foundation/headless_platform.h"
+#include "kit/backends/desktop/headless_platform.h"
+#include "kit/backends/desktop/render_window.h"
 #include "kit/foundation/temp_dir.h"
-#include "kit/render/render_window.h"
 #include "kit/render/renderer.h"
 #include "kit/scene/frame_driver.h"
 

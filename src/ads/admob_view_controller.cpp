@@ -1,19 +1,20 @@
 #include "ads/admob_view_controller.h"
 
 #include <mutex>
-#include <optional>
+#include <utility>
 #include <vector>
 
 #include "adsdk/gad_ad_size.h"
 #include "adsdk/gad_request.h"
+#include "kit/foundation/assert.h"
 #include "kit/ui/screen.h"
 
 namespace {
 
+// The shared controller, held here for its owner (the game's ads, which set
+// and release it); read from any thread, made and dropped on the main thread.
 struct SharedInstance {
-  std::once_flag once;
   std::mutex mutex;
-  std::optional<AdmobViewController::Environment> environment;
   std::shared_ptr<AdmobViewController> instance;
 };
 
@@ -22,52 +23,38 @@ SharedInstance& sharedInstance() {
   return shared;
 }
 
+// Swaps in `fresh` and returns the controller it replaces.
+std::shared_ptr<AdmobViewController> replaceShared(std::shared_ptr<AdmobViewController> fresh) {
+  SharedInstance& shared = sharedInstance();
+  std::lock_guard<std::mutex> lock(shared.mutex);
+  return std::exchange(shared.instance, std::move(fresh));
+}
+
 }  // namespace
 
 // --- The shared instance ----------------------------------------------------------------
 
 std::shared_ptr<AdmobViewController> AdmobViewController::shareAdmobVC() {
   SharedInstance& shared = sharedInstance();
-  std::call_once(shared.once, [&shared] {
-    std::lock_guard<std::mutex> lock(shared.mutex);
-    if (shared.environment)
-      shared.instance = create(*shared.environment);
-  });
   std::lock_guard<std::mutex> lock(shared.mutex);
   return shared.instance;
 }
 
 void AdmobViewController::setSharedEnvironment(Environment environment) {
-  SharedInstance& shared = sharedInstance();
-  std::lock_guard<std::mutex> lock(shared.mutex);
-  shared.environment.emplace(std::move(environment));
+  relaunchShared(std::move(environment));
 }
 
 std::shared_ptr<AdmobViewController> AdmobViewController::relaunchShared(Environment environment) {
-  SharedInstance& shared = sharedInstance();
-  std::call_once(shared.once, [] {});  // from now on the instance is made here
-  std::shared_ptr<AdmobViewController> previous;
-  {
-    std::lock_guard<std::mutex> lock(shared.mutex);
-    previous = std::move(shared.instance);
-    shared.environment.emplace(environment);
-  }
-  previous.reset();  // the old launch ends before the new one starts
+  KIT_ASSERT(environment.services.runLoop.isMainThread(),
+             "the shared ad controller is made on the main thread");
+  replaceShared(nullptr).reset();  // the old launch ends before the new one starts
   auto fresh = create(std::move(environment));
-  std::lock_guard<std::mutex> lock(shared.mutex);
-  shared.instance = fresh;
+  replaceShared(fresh);
   return fresh;
 }
 
 void AdmobViewController::releaseShared() {
-  SharedInstance& shared = sharedInstance();
-  std::call_once(shared.once, [] {});
-  std::shared_ptr<AdmobViewController> previous;
-  {
-    std::lock_guard<std::mutex> lock(shared.mutex);
-    previous = std::move(shared.instance);
-    shared.environment.reset();
-  }
+  replaceShared(nullptr).reset();
 }
 
 std::shared_ptr<AdmobViewController> AdmobViewController::create(Environment environment) {

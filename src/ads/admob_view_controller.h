@@ -38,7 +38,9 @@ enum class MessageComposeResult { Cancelled = 0, Sent = 1, Failed = 2 };
 //
 // Made on an Environment of borrowed services (which outlive it) and a weak
 // ad network. Besides the shared instance, tests build their own with
-// create(). Main thread only, except shareAdmobVC's one-time creation.
+// create(). Main thread only; shareAdmobVC() may be read from any thread,
+// but the shared controller is only ever created on the main thread (the
+// environment's run loop's thread; checked in debug builds).
 class AdmobViewController final : public kit::ViewController,
                                   public GADBannerViewDelegate,
                                   public GADInterstitialDelegate {
@@ -57,8 +59,9 @@ class AdmobViewController final : public kit::ViewController,
   static constexpr int64_t kStoreLookupTimeoutMs = 10000;
 
   // --- The shared instance -----------------------------------------------------------
-  // The process-wide controller, made once (thread-safe) from the environment
-  // set before; nullptr when none was set.
+  // The shared controller (thread-safe to read); nullptr when none was set.
+  // Its owner (the game's ads) makes it with setSharedEnvironment, which
+  // creates it at once on the main thread, and drops it with releaseShared.
   static std::shared_ptr<AdmobViewController> shareAdmobVC();
   static void setSharedEnvironment(Environment environment);
   // Drops the shared controller and makes a fresh one on `environment`, as a

@@ -59,54 +59,62 @@ struct HouseAdNetwork::Shared {
   HouseAdNetwork* owner = nullptr;
   std::map<uint64_t, Pending> pending;  // main thread only
 
-  std::mutex mutex;  // guards finished
+  std::mutex mutex;  // guards finished and closed
   std::condition_variable finishedChanged;
   std::map<uint64_t, Loaded> finished;
+  bool closed = false;  // the network is gone: loads are dropped
 };
 
 // One thread that reads and draws creatives, one request at a time. Queued
-// loads are dropped when it stops; the one in flight is waited for.
+// loads are dropped when it stops; the one in flight is left to finish on its
+// own (the thread owns what it uses), so stopping never waits for a download.
 struct HouseAdNetwork::Worker {
-  explicit Worker(std::unique_ptr<CreativeSource> s) : source(std::move(s)) {}
+  struct State {
+    explicit State(std::unique_ptr<CreativeSource> s) : source(std::move(s)) {}
+    std::unique_ptr<CreativeSource> source;  // used on the worker thread only
+    std::mutex mutex;
+    std::condition_variable wake;
+    std::deque<std::function<void(CreativeSource&)>> jobs;
+    bool stop = false;
+  };
+
+  explicit Worker(std::unique_ptr<CreativeSource> s)
+      : state(std::make_shared<State>(std::move(s))) {}
   ~Worker() {
     {
-      std::lock_guard<std::mutex> lock(mutex);
-      stop = true;
-      jobs.clear();
+      std::lock_guard<std::mutex> lock(state->mutex);
+      state->stop = true;
+      state->jobs.clear();
     }
-    wake.notify_all();
+    state->wake.notify_all();
     if (thread.joinable())
-      thread.join();
+      thread.detach();
   }
 
   void post(std::function<void(CreativeSource&)> job) {
-    std::lock_guard<std::mutex> lock(mutex);
-    jobs.push_back(std::move(job));
+    std::lock_guard<std::mutex> lock(state->mutex);
+    state->jobs.push_back(std::move(job));
     if (!thread.joinable())
-      thread = std::thread([this] { run(); });
-    wake.notify_one();
+      thread = std::thread([s = state] { run(*s); });
+    state->wake.notify_one();
   }
 
-  void run() {
+  static void run(State& s) {
     for (;;) {
       std::function<void(CreativeSource&)> job;
       {
-        std::unique_lock<std::mutex> lock(mutex);
-        wake.wait(lock, [this] { return stop || !jobs.empty(); });
-        if (stop)
+        std::unique_lock<std::mutex> lock(s.mutex);
+        s.wake.wait(lock, [&s] { return s.stop || !s.jobs.empty(); });
+        if (s.stop)
           return;
-        job = std::move(jobs.front());
-        jobs.pop_front();
+        job = std::move(s.jobs.front());
+        s.jobs.pop_front();
       }
-      job(*source);
+      job(*s.source);
     }
   }
 
-  std::unique_ptr<CreativeSource> source;  // used on the worker thread only
-  std::mutex mutex;
-  std::condition_variable wake;
-  std::deque<std::function<void(CreativeSource&)>> jobs;
-  bool stop = false;
+  std::shared_ptr<State> state;
   std::thread thread;
 };
 
@@ -126,6 +134,12 @@ HouseAdNetwork::HouseAdNetwork(const kit::Services& services, Options options)
 }
 
 HouseAdNetwork::~HouseAdNetwork() {
+  {
+    // A load finishing from now on no longer reaches the run loop, which may
+    // go with the services once the network is gone.
+    std::lock_guard<std::mutex> lock(shared_->mutex);
+    shared_->closed = true;
+  }
   worker_.reset();
   shared_->owner = nullptr;
   for (auto& [id, pending] : shared_->pending) {
@@ -167,16 +181,18 @@ void HouseAdNetwork::requestAd(const AdSlot& slot, Completion done) {
     worker_->post([shared, &runLoop, slot, sequence, id](CreativeSource& source) {
       Loaded loaded;
       loaded.answer = loadCreative(source, slot, sequence, loaded.warnings);
+      std::weak_ptr<Shared> weak = shared;
       {
         std::lock_guard<std::mutex> lock(shared->mutex);
+        if (shared->closed)
+          return;
         shared->finished[id] = std::move(loaded);
+        runLoop.post([weak, id] {
+          if (auto s = weak.lock(); s && s->owner)
+            s->owner->deliverIfReady(id);
+        });
       }
       shared->finishedChanged.notify_all();
-      std::weak_ptr<Shared> weak = shared;
-      runLoop.post([weak, id] {
-        if (auto s = weak.lock(); s && s->owner)
-          s->owner->deliverIfReady(id);
-      });
     });
   }
   std::weak_ptr<Shared> weak = shared_;

@@ -22,8 +22,9 @@
 // that moment if it must.
 //
 // Borrows the services (which outlive it); owned by whoever sets the ads up
-// (views hold it weakly). Destroying it drops pending answers unrun and waits
-// for a load in flight (at most the HTTP time limits). Main thread only.
+// (views hold it weakly). Destroying it drops pending answers unrun and never
+// waits: a load in flight finishes on the worker and is thrown away (quitting
+// does not wait for a download). Main thread only.
 class HouseAdNetwork final : public AdNetwork {
  public:
   enum class Answer { Fill, Fail, Slow };

@@ -2,7 +2,6 @@
 
 #include "app/scenario_runner.h"
 
-#include "kit/render/render_window.h"
 #include "kit/render/sprite_view.h"
 #include "kit/scene/frame_driver.h"
 #include "kit/ui/window.h"
@@ -62,7 +61,10 @@ bool AppScenarioHost::screenshot(const std::string& file, std::string* error) {
       *error = "screenshots need a window: run without --headless";
     return false;
   }
-  return game_->application().saveScreenshot(file, error);
+  kit::Status saved = game_->application().saveScreenshot(file);
+  if (!saved && error)
+    *error = saved.error();
+  return saved.ok();
 }
 
 namespace {

@@ -17,10 +17,10 @@
 #include "app/host_services.h"
 #include "app/scenario_runner.h"
 #include "app/script_launches.h"
-#include "kit/foundation/headless_platform.h"
+#include "kit/backends/desktop/headless_platform.h"
+#include "kit/backends/desktop/render_window.h"
 #include "kit/foundation/preferred_languages.h"
 #include "kit/foundation/temp_dir.h"
-#include "kit/render/render_window.h"
 #include "kit/ui/window.h"
 #include "ui/progress_demo.h"
 
@@ -190,9 +190,11 @@ int runGame(const Flags& flags) {
         runProgressDemo(game.application().window(), game.application().services().runLoop);
   }
   const int status = game.run(flags.frames);
-  if (!flags.screenshot.empty() && !game.application().saveScreenshot(flags.screenshot, &error)) {
-    std::cerr << "twinlanes: " << error << '\n';
-    return 1;
+  if (!flags.screenshot.empty()) {
+    if (kit::Status saved = game.application().saveScreenshot(flags.screenshot); !saved) {
+      std::cerr << "twinlanes: " << saved.error() << '\n';
+      return 1;
+    }
   }
   return status;
 }

@@ -2,6 +2,7 @@
 
 #include "ads/admob_view_controller.h"
 #include "app/view_controller.h"
+#include "kit/backends/desktop/desktop_mail_sink.h"
 
 namespace {
 

@@ -29,8 +29,8 @@ class GameAds final : public HostServices {
   // environment. A scripted run answers ad requests deterministically and
   // records mail instead of handing it to the desktop. Ignored while started.
   void start(const kit::Services& services, bool scripted);
-  // Drops the shared ad controller and the network (waiting for a load in
-  // flight).
+  // Drops the shared ad controller and the network (a load in flight is
+  // left to finish on its own and dropped).
   void stop();
 
   void askRatingService(ViewController& controller) override;

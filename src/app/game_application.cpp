@@ -3,12 +3,16 @@
 #include "kit/scene/frame_driver.h"
 
 GameApplication::GameApplication(Options options, HostServices& host)
-    : application_(std::make_unique<kit::Application>(options.application, delegate_)) {
+    : ownServices_(std::make_unique<kit::DesktopServices>(options.application.prefsDir,
+                                                          options.application.resourceDir)),
+      application_(std::make_unique<kit::Application>(options.application, delegate_,
+                                                      ownServices_->services(), &windows_)) {
   wire(options, host, application_->services());
 }
 
 GameApplication::GameApplication(Options options, HostServices& host, const kit::Services& services)
-    : application_(std::make_unique<kit::Application>(options.application, delegate_, services)) {
+    : application_(
+          std::make_unique<kit::Application>(options.application, delegate_, services, &windows_)) {
   wire(options, host, services);
 }
 
@@ -33,7 +37,10 @@ void GameApplication::wire(const Options& options, HostServices& host,
 }
 
 bool GameApplication::launch(std::string* error) {
-  return application_->launch(error);
+  kit::Status launched = application_->launch();
+  if (!launched && error)
+    *error = launched.error();
+  return launched.ok();
 }
 
 int GameApplication::run(std::optional<uint64_t> frameLimit) {

@@ -9,6 +9,8 @@
 #include "app/host_services.h"
 #include "app/view_controller.h"
 #include "game/autoplayer.h"
+#include "kit/backends/desktop/desktop_services.h"
+#include "kit/backends/desktop/desktop_window_system.h"
 #include "kit/render/application.h"
 
 // The game as an application: a kit::Application whose layout's
@@ -16,7 +18,8 @@
 // services), whose delegate is AppDelegate, where Space, Enter or a
 // controller's A press the play or play-again button that is up, and where a
 // built-in player can take the taps (a demo). The host services (and given
-// services) are borrowed and outlive it.
+// services) are borrowed and outlive it. This is where the program picks its
+// backend: the desktop's windows, and its real services unless given others.
 class GameApplication {
  public:
   struct Options {
@@ -25,7 +28,7 @@ class GameApplication {
     bool autoplay = false;
   };
 
-  // With the real services.
+  // With the desktop's real services (preferences in the options' prefsDir).
   GameApplication(Options options, HostServices& host);
   // With borrowed services (scripted runs on a manual clock).
   GameApplication(Options options, HostServices& host, const kit::Services& services);
@@ -48,6 +51,8 @@ class GameApplication {
  private:
   void wire(const Options& options, HostServices& host, const kit::Services& services);
 
+  std::unique_ptr<kit::DesktopServices> ownServices_;  // unless services were given
+  kit::DesktopWindowSystem windows_;
   std::shared_ptr<AppDelegate> delegate_ = std::make_shared<AppDelegate>();
   std::unique_ptr<kit::Application> application_;
   std::shared_ptr<ViewController> controller_;

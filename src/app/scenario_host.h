@@ -25,7 +25,7 @@ class ScenarioHost {
 
   // Registers the default preferences ("best" 0, "first" YES, "sound" YES,
   // "cnt" 0), writes "first" YES and "cnt" 0 and synchronises, then creates
-  // the game scene with `viewSize` (rand() seeded with `seed` when given, else
+  // the game scene with `viewSize` (its random source seeded with `seed` when given, else
   // with the time) and presents it. Called once.
   virtual void start(kit::Size viewSize, std::optional<unsigned> seed) = 0;
   // The presented scene; null before start.

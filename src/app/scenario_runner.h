@@ -15,7 +15,7 @@
 #include "app/scenario_host.h"
 #include "game/autoplayer.h"
 #include "game/game_scene.h"
-#include "kit/foundation/headless_platform.h"
+#include "kit/backends/desktop/headless_platform.h"
 #include "kit/foundation/value.h"
 
 // A script line that cannot be run: unknown, malformed or out of place.
@@ -31,7 +31,7 @@ class ScriptError : public std::runtime_error {
 // the host and the output stream are borrowed and must outlive the runner.
 //
 // Commands, one per line; '#' starts a comment, blank lines are skipped:
-//   seed N                    before start: seed rand() with N (default: the time)
+//   seed N                    before start: seed the random source with N (default: the time)
 //   device phone|pad W H      before start: idiom and view size (default phone 320 568)
 //   start                     bring the game up as the host view controller does
 //   frames N                  run N frames

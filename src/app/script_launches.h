@@ -8,7 +8,7 @@
 
 #include "app/app_scenario_host.h"
 #include "app/game_ads.h"
-#include "kit/foundation/headless_platform.h"
+#include "kit/backends/desktop/headless_platform.h"
 
 // The launches of one script run, as successive processes of the game on one
 // preferences folder would be: each launch has its own headless services (on

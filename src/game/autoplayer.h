@@ -10,7 +10,7 @@
 // tap: during a run it steers each car toward the nearest circle and away
 // from the nearest rectangle of its two roads; on the home screen it presses
 // play, and once the game-over screen is fully opaque it presses play again.
-// It keeps no state and never calls rand(), so it does not disturb a seeded
+// It keeps no state and never draws random numbers, so it does not disturb a seeded
 // game. Used by the scenario runner, the benchmark and a demo mode.
 class Autoplayer {
  public:

@@ -50,7 +50,7 @@ GameScene::~GameScene() {
 }
 
 void GameScene::initWithSize(kit::Size size) {
-  std::srand(seed_ ? *seed_ : static_cast<unsigned>(services_.clock.now()));
+  services_.random.seed(seed_ ? *seed_ : static_cast<unsigned>(services_.clock.now()));
   // The timer's target is this scene, which invalidates it when it goes.
   _timer = services_.runLoop.scheduledTimer(
       0.1, [this] { tickCount(); }, true);

@@ -34,7 +34,7 @@ class GameScene final : public kit::Scene, public kit::PhysicsContactDelegate {
 
  public:
   // The scene with everything built and the home screen up, nothing moving.
-  // rand() is seeded once here: with `seed` when given, else with the
+  // The random source is seeded once here: with `seed` when given, else with the
   // clock's wall time in seconds.
   static std::shared_ptr<GameScene> sceneWithSize(kit::Size size, const kit::Services& services,
                                                   std::optional<unsigned> seed = {});

@@ -108,10 +108,10 @@ void GameScene::newGame() {
   _score = 0;
   scoreNode->setText(std::to_string(_score));
 
-  nexttick1 = std::rand() % 10 + 10;
-  nexttick2 = std::rand() % 10 + 10;
-  nexttick3 = std::rand() % 10 + 10;
-  nexttick4 = std::rand() % 10 + 10;
+  nexttick1 = services_.random.next() % 10 + 10;
+  nexttick2 = services_.random.next() % 10 + 10;
+  nexttick3 = services_.random.next() % 10 + 10;
+  nexttick4 = services_.random.next() % 10 + 10;
   tickcnt1 = 0;
   tickcnt2 = 0;
   tickcnt3 = 0;

@@ -23,22 +23,22 @@ void GameScene::tickCount() {
   // Thresholds lie in 10..19 and counts restart at 0, so equality is reached.
   if (tickcnt1 == nexttick1) {
     addObstacleInRoadIdx(1);
-    nexttick1 = std::rand() % 10 + 10;
+    nexttick1 = services_.random.next() % 10 + 10;
     tickcnt1 = 0;
   }
   if (tickcnt2 == nexttick2) {
     addObstacleInRoadIdx(2);
-    nexttick2 = std::rand() % 10 + 10;
+    nexttick2 = services_.random.next() % 10 + 10;
     tickcnt2 = 0;
   }
   if (tickcnt3 == nexttick3) {
     addObstacleInRoadIdx(3);
-    nexttick3 = std::rand() % 10 + 10;
+    nexttick3 = services_.random.next() % 10 + 10;
     tickcnt3 = 0;
   }
   if (tickcnt4 == nexttick4) {
     addObstacleInRoadIdx(4);
-    nexttick4 = std::rand() % 10 + 10;
+    nexttick4 = services_.random.next() % 10 + 10;
     tickcnt4 = 0;
   }
 }
@@ -50,7 +50,7 @@ void GameScene::addObstacleInRoadIdx(int idx) {
   const double ow = W * 0.25 * 0.6;
   const double oh = ow * 0.65;
 
-  int kind = std::rand() % 2;
+  int kind = services_.random.next() % 2;
   if (kind == 1) {
     // Never two rectangles side by side in one car's roads: while the
     // partner road's latest rectangle is still close to the top, a circle
@@ -69,7 +69,7 @@ void GameScene::addObstacleInRoadIdx(int idx) {
   // From a score of 10 on, the tag is drawn at random (one more rand()).
   int cr;
   if (_score > 9) {
-    cr = std::rand() % 2;
+    cr = services_.random.next() % 2;
   } else {
     cr = idx <= 2 ? 0 : 1;
   }

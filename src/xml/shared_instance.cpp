@@ -1,10 +1,27 @@
 #include "xml/xml_parser.h"
 
-// Apart from the rest of the loader so that programs that never ask for the
-// shared instance do not link libcurl's client.
+#include <cstdlib>
+
+#include "kit/foundation/assert.h"
+
+namespace {
+
+// Not an owner: the program owns the shared loader and outlives its use.
+XMLParser* gShared = nullptr;
+
+}  // namespace
+
+XMLParser::~XMLParser() {
+  if (gShared == this)
+    gShared = nullptr;
+}
+
 XMLParser& XMLParser::sharedInstance() {
-  static kit::StderrLog log;
-  static kit::CurlHttpClient http;
-  static XMLParser instance(log, http);
-  return instance;
+  if (!KIT_ASSERT(gShared != nullptr, "XMLParser::sharedInstance before setSharedInstance"))
+    std::abort();
+  return *gShared;
+}
+
+void XMLParser::setSharedInstance(XMLParser* parser) {
+  gShared = parser;
 }

@@ -21,11 +21,16 @@
 class XMLParser final : public kit::XmlEventParserDelegate {
  public:
   XMLParser(kit::Log& log, kit::HttpClient& http) : log_(log), http_(http) {}
+  // Stops being the shared instance if it is.
+  ~XMLParser() override;
   XMLParser(const XMLParser&) = delete;
   XMLParser& operator=(const XMLParser&) = delete;
 
-  // The process-wide loader, logging to stderr and fetching with libcurl.
+  // The shared loader: the one its owner (the program) made shared with
+  // setSharedInstance(). REQUIRES: one is set. Main thread only.
   static XMLParser& sharedInstance();
+  // Makes `parser` (borrowed; nullptr clears) the shared loader.
+  static void setSharedInstance(XMLParser* parser);
 
   // A plain path, a file:// URL or an http(s) URL. Nil (after the log line)
   // when the document cannot be read.

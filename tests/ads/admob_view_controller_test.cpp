@@ -102,4 +102,19 @@ TEST_F(AdmobViewControllerTest, TheSharedControllerIsMadeOnceForEveryThread) {
   EXPECT_EQ(pref("app-open-times"), "2");  // this launch's own controller, then the shared one
 }
 
+TEST_F(AdmobViewControllerTest, TheSharedControllerIsMadeAgainAfterItWasReleased) {
+  kit::RecordingMailSink mail;
+  AdmobViewController::setSharedEnvironment({platform().services(), launch_->network, mail});
+  const auto first = AdmobViewController::shareAdmobVC();
+  ASSERT_TRUE(first);
+  AdmobViewController::releaseShared();
+  EXPECT_FALSE(AdmobViewController::shareAdmobVC());
+  // A second game in the same process (another test, a relaunch) gets its own.
+  AdmobViewController::setSharedEnvironment({platform().services(), launch_->network, mail});
+  const auto second = AdmobViewController::shareAdmobVC();
+  EXPECT_TRUE(second);
+  EXPECT_NE(second, first);
+  AdmobViewController::releaseShared();
+}
+
 }  // namespace

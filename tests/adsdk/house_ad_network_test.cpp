@@ -1,6 +1,8 @@
 #include "adsdk/adsdk_fixture.h"
 #include "adsdk/loopback_server.h"
 
+#include <thread>
+
 namespace {
 
 using ::testing::HasSubstr;
@@ -104,6 +106,20 @@ TEST_F(ServedAdsTest, FramesGoOnWhileTheServerIsSlow) {
   const auto start = std::chrono::steady_clock::now();
   advance(1);  // 60 frames
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
+}
+
+TEST_F(ServedAdsTest, QuittingDoesNotWaitForADownloadInFlight) {
+  const std::string url = "http://" + server.host() + "/slow/manifest.json";
+  network = std::make_shared<HouseAdNetwork>(
+      platform.services(),
+      HouseAdNetwork::Options{.serverURL = url, .bundledFolder = {}, .serverTimeoutMs = 5000});
+  auto answer = ask(AdFormat::Banner, {320, 50});
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the worker is in the download
+  const auto start = std::chrono::steady_clock::now();
+  network.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
+  advance(1);
+  EXPECT_FALSE(*answer);  // the dropped load never answers
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 
 #include "game/autoplayer.h"
 #include "game/game_scene.h"
-#include "kit/foundation/headless_platform.h"
+#include "kit/backends/desktop/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/scene/frame_driver.h"
 
@@ -63,9 +63,10 @@ class GameTest : public ::testing::Test {
   // `kind` (0 circle, 1 rectangle): the seed is searched for, not guessed.
   std::shared_ptr<Obstacle> spawn(int road, int kind) {
     unsigned seed = 1;
-    for (std::srand(seed); std::rand() % 2 != kind; std::srand(++seed)) {
+    kit::RandomSource& random = platform.random;
+    for (random.seed(seed); random.next() % 2 != kind; random.seed(++seed)) {
     }
-    std::srand(seed);
+    random.seed(seed);
     scene->addObstacleInRoadIdx(road);
     return scene->allObstacle.back();
   }

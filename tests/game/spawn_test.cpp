@@ -68,13 +68,14 @@ TEST_F(Spawning, TagsFollowTheCarBelowTenPointsAndTakeAnotherDrawFromTen) {
     for (unsigned seed = 1; seed <= 40; ++seed) {
       s.newGame();
       s._score = score;
-      std::srand(seed);
-      const int kind = std::rand() % 2, second = std::rand(), third = std::rand();
-      std::srand(seed);
+      kit::RandomSource& random = platform.random;
+      random.seed(seed);
+      const int kind = random.next() % 2, second = random.next(), third = random.next();
+      random.seed(seed);
       s.addObstacleInRoadIdx(3);
       EXPECT_EQ(s.allObstacle.back()->type(), kind);
       EXPECT_EQ(s.allObstacle.back()->cr(), score > 9 ? second % 2 : 1);
-      EXPECT_EQ(std::rand(), score > 9 ? third : second);  // draws consumed
+      EXPECT_EQ(random.next(), score > 9 ? third : second);  // draws consumed
     }
   }
 }

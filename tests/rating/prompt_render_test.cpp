@@ -1,7 +1,8 @@
 // The rating prompt as the real renderer draws it over a mid-grey screen, in a
 // window on SDL's dummy driver at scale 2.
 
-#include "kit/render/render_window.h"
+#include "kit/backends/desktop/render_window.h"
+#include "kit/backends/desktop/sdl_image_codec.h"
 #include "kit/render/renderer.h"
 #include "rating_fixture.h"
 
@@ -36,10 +37,13 @@ TEST_F(PromptRenderTest, ChinesePromptIsALightPanelWithGlyphsOverTheDimmedScreen
   std::string error;
   auto window = kit::RenderWindow::open({.content = {320, 568}, .scale = 2, .icon = {}}, &error);
   ASSERT_TRUE(window) << error;
+  kit::SdlImageCodec codec;
   kit::Renderer renderer(
-      window->sdlRenderer(), [](std::string_view) { return std::nullopt; }, platform().log);
+      *window, codec, [](std::string_view) { return std::nullopt; }, platform().log);
   renderer.drawFrame(*launch().window, window->viewport(), platform().clock.monotonicNanos());
-  pixels = window->readPixels(&width, &height);
+  auto read = window->readPixels(width, height);
+  ASSERT_TRUE(read) << read.error();
+  pixels = std::move(*read);
 
   const kit::Rect p = alert()->subviews().front()->frame();
   EXPECT_LT(at(10, 10), 100);

@@ -5,7 +5,8 @@
 
 #include <cstdlib>
 
-#include "kit/render/render_window.h"
+#include "kit/backends/desktop/render_window.h"
+#include "kit/backends/desktop/sdl_image_codec.h"
 #include "kit/render/renderer.h"
 #include "kit/ui/window.h"
 #include "overlay_fixture.h"
@@ -24,10 +25,13 @@ class OverlayRenderTest : public OverlayTest {
     std::string error;
     auto output = kit::RenderWindow::open({.content = {320, 480}, .scale = 1, .icon = {}}, &error);
     ASSERT_TRUE(output) << error;
+    kit::SdlImageCodec codec;
     kit::Renderer renderer(
-        output->sdlRenderer(), [](std::string_view) { return std::nullopt; }, log);
+        *output, codec, [](std::string_view) { return std::nullopt; }, log);
     renderer.drawFrame(*window, output->viewport(), clock.monotonicNanos());
-    pixels = output->readPixels(&width, &height);
+    auto read = output->readPixels(width, height);
+    ASSERT_TRUE(read) << read.error();
+    pixels = std::move(*read);
   }
 
   // The green of a pixel, and the near-white pixels inside `r`.

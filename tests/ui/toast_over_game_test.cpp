@@ -11,7 +11,7 @@
 #include "app/app_scenario_host.h"
 #include "app/host_services.h"
 #include "app/scenario_runner.h"
-#include "kit/foundation/headless_platform.h"
+#include "kit/backends/desktop/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/ui/image.h"
 #include "ui/view_toast.h"

@@ -1,7 +1,5 @@
 #include "kit/foundation/bundle.h"
 
-#include <SDL.h>
-
 #include <algorithm>
 #include <cctype>
 
@@ -16,17 +14,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr size_t kMaxConfigBytes = 1 << 20;
-
-// Language codes and table names become parts of file names, and the
-// languages come from a user-editable file: letters, digits, '-' and '_' only.
-bool isSafeName(std::string_view name) {
-  if (name.empty() || name.size() > 64)
-    return false;
-  return std::all_of(name.begin(), name.end(), [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
-           c == '_';
-  });
-}
 
 std::string normalizedLanguage(std::string code) {
   std::replace(code.begin(), code.end(), '_', '-');
@@ -136,7 +123,7 @@ std::vector<std::string> Bundle::lookupLanguages() const {
 
 std::string Bundle::localizedString(const std::string& key, const std::string& value,
                                     const std::string& tableName) const {
-  if (isSafeName(tableName)) {
+  if (Bundle::isSafeName(tableName)) {
     const Value::Dictionary* chosen = nullptr;
     for (const std::string& lang : lookupLanguages()) {
       if ((chosen = table(tableName, lang)))
@@ -178,29 +165,13 @@ std::vector<std::string> Bundle::preferredLanguages() const {
   return languages;
 }
 
-std::vector<std::string> Bundle::desktopLanguages() {
-  std::vector<std::string> codes;
-  SDL_ClearError();
-  SDL_Locale* locales = SDL_GetPreferredLocales();
-  if (!locales)
-    return codes;
-  for (const SDL_Locale* l = locales; l->language; ++l) {
-    std::string code = l->language;
-    std::string country = l->country ? l->country : "";
-    // Chinese texts are told apart by script, and the script follows from
-    // the region.
-    if (code == "zh") {
-      bool traditional = country == "TW" || country == "HK" || country == "MO";
-      code += traditional ? "-Hant" : "-Hans";
-    }
-    if (!country.empty())
-      code += "-" + country;
-    if (isSafeName(code) && std::find(codes.begin(), codes.end(), code) == codes.end()) {
-      codes.push_back(code);
-    }
-  }
-  SDL_free(locales);
-  return codes;
+bool Bundle::isSafeName(std::string_view name) {
+  if (name.empty() || name.size() > 64)
+    return false;
+  return std::all_of(name.begin(), name.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '_';
+  });
 }
 
 }  // namespace kit

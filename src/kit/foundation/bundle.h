@@ -50,7 +50,12 @@ class Bundle {
   // The desktop's preferred languages as codes ("zh_CN" becomes
   // "zh-Hans-CN"), for registering "AppleLanguages"; empty when the desktop
   // names none (as with LANG=C).
+  // Defined by the backend (the platform's locale list).
   static std::vector<std::string> desktopLanguages();
+
+  // Language codes and table names become parts of file names, and the
+  // languages come from a user-editable file: letters, digits, '-' and '_' only.
+  static bool isSafeName(std::string_view name);
 
  private:
   // The table of one language, loaded on first use; null if it has none.

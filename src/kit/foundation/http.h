@@ -33,11 +33,4 @@ class HttpClient {
   virtual HttpResponse get(const HttpRequest& request) = 0;
 };
 
-// libcurl: only http and https (redirects too), bounded time and size, no
-// signals, TLS verification on, no compressed replies (no size surprises).
-class CurlHttpClient final : public HttpClient {
- public:
-  HttpResponse get(const HttpRequest& request) override;
-};
-
 }  // namespace kit

@@ -17,6 +17,7 @@ RunLoop::~RunLoop() = default;
 
 std::shared_ptr<Timer> RunLoop::scheduledTimer(double intervalSeconds, std::function<void()> target,
                                                bool repeats) {
+  KIT_CHECK_THREAD(thread_);
   auto interval = static_cast<int64_t>(std::llround(intervalSeconds * kNanosPerSecond));
   auto timer = std::make_shared<Timer>(interval, std::move(target), repeats,
                                        clock_.monotonicNanos() + interval);
@@ -25,17 +26,20 @@ std::shared_ptr<Timer> RunLoop::scheduledTimer(double intervalSeconds, std::func
 }
 
 void RunLoop::runOnce() {
+  KIT_CHECK_THREAD(thread_);
   std::vector<std::function<void()>> tasks;
   {
     std::lock_guard<std::mutex> lock(tasks_->mutex);
     tasks.swap(tasks_->queue);
   }
-  for (auto& task : tasks) task();
+  for (auto& task : tasks)
+    task();
 
   // Walk a snapshot: callbacks may schedule or invalidate timers.
   const int64_t now = clock_.monotonicNanos();
   auto snapshot = timers_;
-  for (auto& timer : snapshot) timer->fireIfDue(now);
+  for (auto& timer : snapshot)
+    timer->fireIfDue(now);
   std::erase_if(timers_, [](const std::shared_ptr<Timer>& t) { return !t->isValid(); });
 }
 
@@ -47,7 +51,8 @@ void RunLoop::post(std::function<void()> task) {
 std::optional<int64_t> RunLoop::nextFireDate() const {
   std::optional<int64_t> next;
   for (const auto& timer : timers_) {
-    if (timer->isValid() && (!next || timer->fireDate() < *next)) next = timer->fireDate();
+    if (timer->isValid() && (!next || timer->fireDate() < *next))
+      next = timer->fireDate();
   }
   return next;
 }

@@ -7,13 +7,15 @@
 #include <vector>
 
 #include "kit/foundation/clock.h"
+#include "kit/foundation/thread_checker.h"
 #include "kit/foundation/timer.h"
 
 namespace kit {
 
 // The main thread's run loop: timers and posted tasks, fired by the frame
 // driver once per pass. Single-threaded, except post(), which any thread may
-// call to hand work to the main thread.
+// call to hand work to the main thread; the thread that made the loop is its
+// main thread, and debug builds check every other call is made there.
 class RunLoop {
  public:
   explicit RunLoop(const Clock& clock);
@@ -37,12 +39,15 @@ class RunLoop {
   std::optional<int64_t> nextFireDate() const;
 
   const Clock& clock() const { return clock_; }
+  // Whether the caller runs on the loop's (main) thread.
+  bool isMainThread() const { return thread_.calledOnValidThread(); }
 
  private:
   struct Tasks;
   const Clock& clock_;
   std::vector<std::shared_ptr<Timer>> timers_;
   std::unique_ptr<Tasks> tasks_;
+  ThreadChecker thread_;
 };
 
 }  // namespace kit

@@ -6,6 +6,7 @@
 #include "kit/foundation/http.h"
 #include "kit/foundation/log.h"
 #include "kit/foundation/notification_center.h"
+#include "kit/foundation/random_source.h"
 #include "kit/foundation/run_loop.h"
 #include "kit/foundation/url_opener.h"
 #include "kit/foundation/user_defaults.h"
@@ -24,6 +25,7 @@ struct Services {
   HttpClient& http;
   UrlOpener& urlOpener;
   Device& device;
+  RandomSource& random;
 };
 
 }  // namespace kit

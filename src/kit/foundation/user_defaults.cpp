@@ -1,6 +1,5 @@
 #include "kit/foundation/user_defaults.h"
 
-#include <SDL.h>
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -131,18 +130,12 @@ UserDefaults::~UserDefaults() {
 }
 
 fs::path UserDefaults::defaultFolder() {
-  // An empty or relative XDG_DATA_HOME must count as unset; SDL would
-  // otherwise build a path at the file system root from it.
+  // The XDG data folder; an empty or relative XDG_DATA_HOME counts as unset.
   const char* xdg = std::getenv("XDG_DATA_HOME");
-  if (!xdg || xdg[0] == '/') {
-    if (char* pref = SDL_GetPrefPath("TwinLanes", "TwinLanes")) {
-      fs::path path(pref);
-      SDL_free(pref);
-      if (!path.has_filename())
-        path = path.parent_path();  // SDL ends it with a slash
-      if (path.is_absolute() && makePrivateFolder(path))
-        return path;
-    }
+  if (xdg && xdg[0] == '/') {
+    fs::path path = fs::path(xdg) / "TwinLanes/TwinLanes";
+    if (makePrivateFolder(path))
+      return path;
   }
   fs::path home = homeFolder();
   if (!home.empty()) {
@@ -245,11 +238,13 @@ void UserDefaults::setAside(std::string_view why) {
 }
 
 void UserDefaults::registerDefaults(const Value::Dictionary& defaults) {
+  KIT_CHECK_THREAD(thread_);
   for (const auto& [key, value] : defaults)
     defaults_.insert_or_assign(key, value);
 }
 
 Value UserDefaults::objectForKey(const std::string& key) const {
+  KIT_CHECK_THREAD(thread_);
   if (auto it = values_.find(key); it != values_.end())
     return it->second;
   if (auto it = defaults_.find(key); it != defaults_.end())
@@ -285,6 +280,7 @@ std::optional<Value::Array> UserDefaults::arrayForKey(const std::string& key) co
 }
 
 void UserDefaults::setObject(const Value& value, const std::string& forKey) {
+  KIT_CHECK_THREAD(thread_);
   if (value.isNil()) {
     removeObjectForKey(forKey);
     return;
@@ -313,11 +309,13 @@ void UserDefaults::setDouble(double value, const std::string& forKey) {
 }
 
 void UserDefaults::removeObjectForKey(const std::string& key) {
+  KIT_CHECK_THREAD(thread_);
   if (values_.erase(key) > 0)
     dirty_ = true;
 }
 
 bool UserDefaults::synchronize() {
+  KIT_CHECK_THREAD(thread_);
   if (!dirty_)
     return true;
   if (!persistent_)

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "kit/foundation/log.h"
+#include "kit/foundation/thread_checker.h"
 #include "kit/foundation/value.h"
 
 namespace kit {
@@ -17,7 +18,8 @@ namespace kit {
 // destruction. A missing file is a first launch; a corrupt one is moved aside
 // to prefs.json.bad with a log line and the store starts from its defaults.
 // A folder that cannot be used (or an empty path) keeps the values in memory
-// only. Main thread only. The log must outlive the store.
+// only. Main thread only (the thread that made it; checked in debug builds).
+// The log must outlive the store.
 class UserDefaults {
  public:
   // Files larger than this are set aside unread.
@@ -81,6 +83,7 @@ class UserDefaults {
   Value::Dictionary defaults_;
   bool dirty_ = false;
   bool persistent_ = true;
+  ThreadChecker thread_;
 };
 
 }  // namespace kit

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kit/foundation/geometry.h"
+#include "kit/platform/key_codes.h"
 
 namespace kit {
 
@@ -18,29 +19,28 @@ struct PlatformEvent {
   struct TouchesBegan {
     std::vector<Point> points;
   };
-  // Keys use the portable key codes of kit/platform/key_codes.h.
+  // A key went down (repeats are not reported); modifiers are kMod bits.
   struct KeyDown {
-    int32_t key = 0;
+    PlatformKey key = PlatformKey::Other;
     uint16_t modifiers = 0;
   };
-  // A game pad button, numbered as kit/platform/key_codes.h numbers them.
-  struct PadButton {
-    int button = 0;
+  struct PadPressed {
+    PadButton button = PadButton::Other;
   };
   enum class Window {
     FocusGained,
     FocusLost,
-    Shown,     // restored, exposed
-    Hidden,    // minimised, tab hidden: the application goes to the background
-    Resized,   // the viewport changes; the next frame draws at the new size
-    Close,     // the close button, the tab closing: the application terminates
+    Shown,    // restored, exposed
+    Hidden,   // minimised, tab hidden: the application goes to the background
+    Resized,  // the viewport changes; the next frame draws at the new size
+    Close,    // the close button, the tab closing: the application terminates
   };
   struct WindowEvent {
     Window what = Window::Shown;
   };
   struct Quit {};
 
-  std::variant<TouchesBegan, KeyDown, PadButton, WindowEvent, Quit> what;
+  std::variant<TouchesBegan, KeyDown, PadPressed, WindowEvent, Quit> what;
 };
 
 // Where events come from: the desktop's event queue, the browser's listeners,

@@ -1,15 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
-#include <string>
 #include <string_view>
 #include <vector>
 
-#include "kit/foundation/color.h"
-#include "kit/foundation/geometry.h"
 #include "kit/foundation/result.h"
-#include "kit/ui/blend_mode.h"
 
 namespace kit {
 
@@ -21,39 +16,20 @@ struct PixelBuffer {
   std::vector<uint8_t> rgba;
 };
 
-// A drawing surface for composing images (the tint operations): fill and
-// draw other pixels with the kit's blend modes. Coordinates are pixels.
-class ImageCanvas {
- public:
-  virtual ~ImageCanvas() = default;
-  // Replaces the pixels under rect with the colour (copies, no blending).
-  virtual void fillRect(const Rect& rect, const Color& color) = 0;
-  // Draws `pixels` stretched to rect, combined by mode at opacity alpha;
-  // pixels outside rect are never touched.
-  virtual void drawPixels(const PixelBuffer& pixels, const Rect& rect, BlendMode mode,
-                          double alpha) = 0;
-  virtual PixelBuffer pixels() const = 0;
-};
-
-// Image decoding, rasterising and compositing as a backend supplies it: the
-// desktop's SDL_image and Cairo, the browser's image elements and canvas.
-// Decoding and rasterising are thread-safe where the backend has threads
-// (images may be made on a worker); canvases are used by one thread at a time.
-// Owned by the backend, borrowed by the UI and the renderer.
+// Decoding and rasterising the application's image files as a backend does
+// it (the desktop's SDL_image, the browser's image elements drawn to a
+// canvas). Owned by the backend, borrowed by the renderer. Main thread only.
 class ImageCodec {
  public:
   virtual ~ImageCodec() = default;
 
   // PNG or JPEG bytes, decoded at their own size.
   [[nodiscard]] virtual Result<PixelBuffer> decode(std::string_view bytes) = 0;
-  // SVG text rasterised to fit width × height pixels, aspect kept.
+  // SVG text rasterised to fit width × height pixels with its aspect ratio
+  // kept (so one side may come out shorter). A side of 0 follows from the
+  // other side and the aspect ratio.
   [[nodiscard]] virtual Result<PixelBuffer> rasterizeSvg(std::string_view svg, int width,
                                                          int height) = 0;
-  [[nodiscard]] virtual Result<std::string> encodePng(const PixelBuffer& pixels) = 0;
-  [[nodiscard]] virtual Result<std::string> encodeJpeg(const PixelBuffer& pixels,
-                                                       int quality) = 0;
-  // A fully transparent canvas of width × height pixels.
-  virtual std::unique_ptr<ImageCanvas> makeCanvas(int width, int height) = 0;
 };
 
 }  // namespace kit

@@ -20,17 +20,17 @@ using TextureId = uint32_t;
 enum class TargetBlend { None, Blend };
 
 // One textured quad: a source rectangle of a texture (pixels) mapped onto a
-// destination rectangle (target pixels) turned by `rotationDegrees` about
-// `pivot` (relative to the destination's top left), optionally flipped.
+// destination rectangle (target pixels) turned by `rotationDegrees` about the
+// destination's centre, optionally flipped. An unturned, unflipped quad lands
+// on whole pixels (its edges rounded); a turned one is placed exactly.
 struct TexturedQuad {
   TextureId texture = 0;
   std::optional<Rect> source;  // nothing: the whole texture
   Rect destination;
   double rotationDegrees = 0;  // clockwise, as the screen's y axis points down
-  Point pivot;
   bool flipVertical = false;
-  double alpha = 1;            // 0..1, multiplied into every pixel
-  Color tint{1, 1, 1, 1};      // multiplied into the colour channels
+  double alpha = 1;        // 0..1, multiplied into every pixel
+  Color tint{1, 1, 1, 1};  // multiplied into the colour channels
   TargetBlend blend = TargetBlend::Blend;
 };
 
@@ -53,11 +53,13 @@ class RenderTarget {
   // Gives the texture back; 0 and unknown ids are ignored.
   virtual void destroyTexture(TextureId texture) = 0;
 
+  // Sets every pixel (inside the clip, if any) to the colour.
   virtual void clear(const Color& color) = 0;
-  // Fills `rect` (pixels) with the colour, blended by its alpha or copied.
+  // Fills `rect` (pixels, edges rounded to whole pixels) with the colour,
+  // blended by its alpha or copied.
   virtual void fillRect(const Rect& rect, const Color& color, TargetBlend blend) = 0;
   virtual void drawQuad(const TexturedQuad& quad) = 0;
-  // Later draws stay inside `rect` (pixels); nothing lifts the clip.
+  // Later draws stay inside `rect` (whole pixels); nothing lifts the clip.
   virtual void setClip(const std::optional<Rect>& rect) = 0;
 
   // Shows what was drawn since the last present.

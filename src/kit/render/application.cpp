@@ -1,7 +1,5 @@
 #include "kit/render/application.h"
 
-#include <SDL.h>
-
 #include <chrono>
 #include <cstdlib>
 #include <string>
@@ -10,7 +8,6 @@
 #include "kit/foundation/bundle.h"
 #include "kit/render/frame_pacer.h"
 #include "kit/render/input_map.h"
-#include "kit/render/render_window.h"
 #include "kit/render/renderer.h"
 #include "kit/render/sprite_view.h"
 #include "kit/render/touch_receiver.h"
@@ -61,75 +58,13 @@ Route route(Window& window, const std::shared_ptr<SpriteView>& sprite, Point win
 
 }  // namespace
 
-struct Application::OwnedServices {
-  explicit OwnedServices(const ApplicationOptions& options)
-      : runLoop(clock),
-        defaults(preferencesFolder(options), log),
-        bundle(options.resourceDir, &defaults, log),
-        device(Device::detect()) {}
-
-  static std::filesystem::path preferencesFolder(const ApplicationOptions& options) {
-    if (options.prefsDir.empty())
-      return UserDefaults::defaultFolder();
-    std::error_code ignored;
-    std::filesystem::create_directories(options.prefsDir, ignored);
-    return options.prefsDir;
-  }
-
-  Services services() {
-    return {clock, runLoop, notifications, defaults, bundle, log, http, urlOpener, device};
-  }
-
-  // Declared in construction order: each may use those above it.
-  SystemClock clock;
-  StderrLog log;
-  RunLoop runLoop;
-  NotificationCenter notifications;
-  UserDefaults defaults;
-  Bundle bundle;
-  CurlHttpClient http;
-  DesktopUrlOpener urlOpener;
-  Device device;
-};
-
-struct Application::Controllers {
-  std::vector<SDL_GameController*> open;
-  ~Controllers() {
-    for (SDL_GameController* c : open)
-      SDL_GameControllerClose(c);
-    SDL_QuitSubSystem(SDL_INIT_GAMECONTROLLER);
-  }
-  void added(int deviceIndex) {
-    if (!SDL_IsGameController(deviceIndex))
-      return;
-    if (SDL_GameController* c = SDL_GameControllerOpen(deviceIndex))
-      open.push_back(c);
-  }
-  void removed(SDL_JoystickID id) {
-    std::erase_if(open, [id](SDL_GameController* c) {
-      if (SDL_JoystickInstanceID(SDL_GameControllerGetJoystick(c)) != id)
-        return false;
-      SDL_GameControllerClose(c);
-      return true;
-    });
-  }
-};
-
-Application::Application(ApplicationOptions options, std::shared_ptr<ApplicationDelegate> delegate)
+Application::Application(ApplicationOptions options, std::shared_ptr<ApplicationDelegate> delegate,
+                         const Services& services, WindowSystem* windows)
     : options_(std::move(options)),
       delegate_(std::move(delegate)),
-      owned_(std::make_unique<OwnedServices>(options_)),
-      services_(owned_->services()) {
-  init();
-}
-
-Application::Application(ApplicationOptions options, std::shared_ptr<ApplicationDelegate> delegate,
-                         const Services& services)
-    : options_(std::move(options)), delegate_(std::move(delegate)), services_(services) {
-  init();
-}
-
-void Application::init() {
+      services_(services),
+      windows_(windows) {
+  Screen::setMain(&screen_);
   frameDriver_ = std::make_unique<FrameDriver>(services_.runLoop);
   animator_ = std::make_unique<Animator>(services_.clock);
   Animator::setCurrent(animator_.get());
@@ -142,9 +77,8 @@ Application::~Application() {
   if (delegate_)
     delegate_->setWindow(nullptr);
   instance_.reset();
-  controllers_.reset();
   renderer_.reset();
-  renderWindow_.reset();
+  platformWindow_.reset();
 }
 
 void Application::registerViewControllerClass(std::string name,
@@ -152,21 +86,19 @@ void Application::registerViewControllerClass(std::string name,
   classes_[std::move(name)] = std::move(factory);
 }
 
-bool Application::launch(std::string* error) {
+Status Application::launch() {
   if (launched_)
-    return true;
+    return {};
   const std::filesystem::path file = options_.layoutFile.empty()
                                          ? options_.resourceDir / "layout" / "main.json"
                                          : options_.layoutFile;
-  std::optional<InterfaceLayout> layout = InterfaceLayout::load(file, error);
+  std::string error;
+  std::optional<InterfaceLayout> layout = InterfaceLayout::load(file, &error);
   if (!layout)
-    return false;
+    return Error{error};
   const DeviceProfile* named = layout->profile(options_.profile);
-  if (!named) {
-    if (error)
-      *error = "unknown device profile \"" + options_.profile + "\"";
-    return false;
-  }
+  if (!named)
+    return Error{"unknown device profile \"" + options_.profile + "\""};
   DeviceProfile profile = *named;
   if (options_.sceneSize)
     profile.scene = *options_.sceneSize;
@@ -178,26 +110,22 @@ bool Application::launch(std::string* error) {
     w.scale = options_.windowScale;
     w.fullscreen = options_.fullscreen;
     w.icon = options_.icon;
-    std::string why;
-    renderWindow_ = RenderWindow::open(w, &why);
-    if (!renderWindow_) {
-      if (error)
-        *error = why;
-      return false;
-    }
+    if (!windows_)
+      return Error{"no window system: this program runs headless only"};
+    Result<std::unique_ptr<PlatformWindow>> opened = windows_->open(w);
+    if (!opened)
+      return Error{opened.error()};
+    platformWindow_ = std::move(*opened);
     const Bundle& bundle = services_.bundle;
     renderer_ = std::make_unique<Renderer>(
-        renderWindow_->sdlRenderer(),
+        *platformWindow_, windows_->imageCodec(),
         [&bundle](std::string_view name) { return bundle.pathForImage(name); }, services_.log);
-    if (SDL_InitSubSystem(SDL_INIT_GAMECONTROLLER) == 0) {
-      controllers_ = std::make_unique<Controllers>();
-    }
   }
 
   services_.device.userInterfaceIdiom = profile.idiom;
-  instance_ = layout->instantiate(profile, classes_, error);
+  instance_ = layout->instantiate(profile, classes_, &error);
   if (!instance_)
-    return false;
+    return Error{error};
   updateScreen();
 
   delegate_->setWindow(instance_->window);
@@ -206,7 +134,7 @@ bool Application::launch(std::string* error) {
   syncScene();
   launched_ = true;
   delegate_->applicationDidBecomeActive(*this);
-  return true;
+  return {};
 }
 
 std::shared_ptr<Window> Application::window() const {
@@ -225,8 +153,8 @@ Animator& Application::animator() {
 }
 
 Viewport Application::viewport() const {
-  if (renderWindow_)
-    return renderWindow_->viewport();
+  if (platformWindow_)
+    return platformWindow_->viewport();
   const Size content = instance_ ? instance_->profile.window() : Size{320, 568};
   return Viewport::fit(content, content, 1);
 }
@@ -238,8 +166,8 @@ void Application::updateScreen() {
   Screen::main().setBounds(points);
   services_.device.screenWidth = points.width;
   services_.device.screenHeight = points.height;
-  if (renderWindow_) {
-    const double scale = renderWindow_->viewport().pixelsPerPoint();
+  if (platformWindow_) {
+    const double scale = platformWindow_->viewport().pixelsPerPoint();
     Screen::main().setScale(scale);
     services_.device.screenScale = Screen::main().scale();
   }
@@ -263,14 +191,14 @@ int Application::run(std::optional<uint64_t> frameLimit) {
         .count();
   };
   FramePacer pacer;
-  if (renderWindow_)
-    pacer.setRefreshRate(renderWindow_->refreshRate());
+  if (platformWindow_)
+    pacer.setRefreshRate(platformWindow_->refreshRate());
   uint64_t frames = 0;
   while (!quitRequested_) {
-    if (renderWindow_ && !renderWindow_->isVisible()) {
+    if (platformWindow_ && !platformWindow_->isVisible()) {
       // Minimised: nothing to draw and nothing runs (as a sprite view in the
       // background); sleep until the window says something.
-      SDL_WaitEventTimeout(nullptr, 250);
+      platformWindow_->waitForEvents(250);
       pollEvents();
       continue;
     }
@@ -297,11 +225,11 @@ void Application::runFrame() {
 void Application::finishFrame() {
   animator_->tick();
   syncScene();
-  if (renderWindow_ && renderWindow_->isVisible()) {
-    renderer_->drawFrame(*instance_->window, renderWindow_->viewport(),
+  if (platformWindow_ && platformWindow_->isVisible()) {
+    renderer_->drawFrame(*instance_->window, platformWindow_->viewport(),
                          services_.clock.monotonicNanos());
     const auto beforePresent = std::chrono::steady_clock::now();
-    renderWindow_->present();
+    platformWindow_->present();
     lastPresentNanos_ = std::chrono::duration_cast<std::chrono::nanoseconds>(
                             std::chrono::steady_clock::now() - beforePresent)
                             .count();
@@ -327,11 +255,25 @@ void Application::terminate() {
 }
 
 void Application::pollEvents() {
-  if (!renderWindow_)
+  if (!platformWindow_)
     return;
   std::vector<Point> touches;
   bool left = false, right = false, primary = false;
-  const Viewport vp = renderWindow_->viewport();
+
+  events_.clear();
+  platformWindow_->poll(events_);
+  for (const PlatformEvent& event : events_)
+    handle(event, touches, left, right, primary);
+  if (!touches.empty())
+    touchesBegan(touches);
+  if (left || right)
+    tapHalves(left, right);
+  if (primary)
+    pressPrimary();
+}
+
+void Application::handle(const PlatformEvent& event, std::vector<Point>& touches, bool& left,
+                         bool& right, bool& primary) {
   auto act = [&](InputAction action) {
     switch (action) {
       case InputAction::TapLeft:
@@ -358,82 +300,39 @@ void Application::pollEvents() {
     auto window = this->window();
     return key && window && deliverKey(*window, *key);
   };
-  SDL_Event e;
-  while (SDL_PollEvent(&e)) {
-    switch (e.type) {
-      case SDL_QUIT:
+  using Window = PlatformEvent::Window;
+  if (const auto* down = std::get_if<PlatformEvent::TouchesBegan>(&event.what)) {
+    touches.insert(touches.end(), down->points.begin(), down->points.end());
+  } else if (const auto* key = std::get_if<PlatformEvent::KeyDown>(&event.what)) {
+    if (!offerKey(keyForPanel(key->key, key->modifiers)))
+      act(actionForKey(key->key, key->modifiers));
+  } else if (const auto* pad = std::get_if<PlatformEvent::PadPressed>(&event.what)) {
+    if (!offerKey(keyForPanelFromController(pad->button)))
+      act(actionForControllerButton(pad->button));
+  } else if (const auto* w = std::get_if<PlatformEvent::WindowEvent>(&event.what)) {
+    switch (w->what) {
+      case Window::Close:
         quit();
         break;
-      case SDL_WINDOWEVENT:
-        switch (e.window.event) {
-          case SDL_WINDOWEVENT_CLOSE:
-            quit();
-            break;
-          case SDL_WINDOWEVENT_FOCUS_GAINED:
-            windowFocusChanged(true);
-            break;
-          case SDL_WINDOWEVENT_FOCUS_LOST:
-            windowFocusChanged(false);
-            break;
-          case SDL_WINDOWEVENT_MINIMIZED:
-          case SDL_WINDOWEVENT_HIDDEN:
-            windowVisibilityChanged(false);
-            break;
-          case SDL_WINDOWEVENT_RESTORED:
-          case SDL_WINDOWEVENT_SHOWN:
-          case SDL_WINDOWEVENT_MAXIMIZED:
-            windowVisibilityChanged(true);
-            break;
-          case SDL_WINDOWEVENT_SIZE_CHANGED:
-          case SDL_WINDOWEVENT_DISPLAY_CHANGED:
-            updateScreen();
-            break;
-          default:
-            break;
-        }
+      case Window::FocusGained:
+        windowFocusChanged(true);
         break;
-      case SDL_MOUSEBUTTONDOWN:
-        // Touch screens also report their taps as mouse clicks; those come
-        // through as fingers.
-        if (e.button.which != SDL_TOUCH_MOUSEID && e.button.button == SDL_BUTTON_LEFT) {
-          touches.push_back(vp.pointFromWindow({double(e.button.x), double(e.button.y)}));
-        }
+      case Window::FocusLost:
+        windowFocusChanged(false);
         break;
-      case SDL_FINGERDOWN:
-        if (e.tfinger.touchId != SDL_MOUSE_TOUCHID) {
-          const Size win = renderWindow_->windowSize();
-          touches.push_back(
-              vp.pointFromWindow({e.tfinger.x * win.width, e.tfinger.y * win.height}));
-        }
+      case Window::Hidden:
+        windowVisibilityChanged(false);
         break;
-      case SDL_KEYDOWN:
-        if (e.key.repeat || offerKey(keyForPanel(e.key.keysym.sym, e.key.keysym.mod)))
-          break;
-        act(actionForKey(e.key.keysym.sym, e.key.keysym.mod));
+      case Window::Shown:
+        windowVisibilityChanged(true);
         break;
-      case SDL_CONTROLLERDEVICEADDED:
-        if (controllers_)
-          controllers_->added(e.cdevice.which);
-        break;
-      case SDL_CONTROLLERDEVICEREMOVED:
-        if (controllers_)
-          controllers_->removed(e.cdevice.which);
-        break;
-      case SDL_CONTROLLERBUTTONDOWN:
-        if (offerKey(keyForPanelFromController(e.cbutton.button)))
-          break;
-        act(actionForControllerButton(e.cbutton.button));
-        break;
-      default:
+      case Window::Resized:
+        updateScreen();
         break;
     }
+  } else if (std::holds_alternative<PlatformEvent::Quit>(event.what)) {
+    quit();
   }
-  if (!touches.empty())
-    touchesBegan(touches);
-  if (left || right)
-    tapHalves(left, right);
-  if (primary)
-    pressPrimary();
 }
 
 // --- Input --------------------------------------------------------------------------
@@ -535,21 +434,18 @@ void Application::windowVisibilityChanged(bool visible) {
 }
 
 void Application::toggleFullscreen() {
-  if (!renderWindow_)
+  if (!platformWindow_)
     return;
-  renderWindow_->setFullscreen(!renderWindow_->isFullscreen());
+  platformWindow_->setFullscreen(!platformWindow_->isFullscreen());
   updateScreen();
 }
 
-bool Application::saveScreenshot(const std::filesystem::path& file, std::string* error) {
-  if (!renderWindow_ || !instance_) {
-    if (error)
-      *error = "no window to take a screenshot of";
-    return false;
-  }
-  renderer_->drawFrame(*instance_->window, renderWindow_->viewport(),
+Status Application::saveScreenshot(const std::filesystem::path& file) {
+  if (!platformWindow_ || !instance_)
+    return Error{"no window to take a screenshot of"};
+  renderer_->drawFrame(*instance_->window, platformWindow_->viewport(),
                        services_.clock.monotonicNanos());
-  return renderWindow_->saveScreenshot(file, error);
+  return platformWindow_->saveScreenshot(file);
 }
 
 }  // namespace kit

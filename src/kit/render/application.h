@@ -11,16 +11,17 @@
 #include "kit/foundation/geometry.h"
 #include "kit/foundation/services.h"
 #include "kit/foundation/value.h"
+#include "kit/platform/platform_window.h"
 #include "kit/render/interface_layout.h"
 #include "kit/render/lifecycle.h"
 #include "kit/render/viewport.h"
+#include "kit/ui/screen.h"
 
 namespace kit {
 
 class Animator;
 class Application;
 class FrameDriver;
-class RenderWindow;
 class Renderer;
 class SpriteView;
 class Window;
@@ -62,27 +63,23 @@ struct ApplicationOptions {
   std::filesystem::path icon;  // the window's icon (PNG)
 };
 
-// The application object (the platform's shared application). It lives in
-// the render module because it owns the desktop window. It owns the services
-// (or borrows given ones), the interface layout's window and controllers,
-// the frame driver of the layout's sprite view, the view animator, and the
-// main loop: input from mouse, touch screen, keyboard and game controller
-// becomes touches routed through the view tree, lifecycle events from the
-// window reach the delegate, and every frame is drawn. Headless, it runs the
-// same objects without SDL. One per process; main thread only.
+// The application object (the platform's shared application). It borrows the
+// services and the backend's window system, and owns the platform window it
+// opens, the interface layout's window and controllers, the frame driver of
+// the layout's sprite view, the view animator, and the frame cycle: the
+// window's events (touches, keys, pad buttons) become touches routed through
+// the view tree, lifecycle events reach the delegate, and every frame is
+// drawn into the window. Headless (no window), it runs the same objects and
+// draws nothing. Main thread only.
 //
 // With TWINLANES_STARTUP_TRACE set in the environment, the first presented
 // frame is logged with its steady-clock time (for startup measurements).
 class Application {
  public:
-  // With the real services: system clock, stderr log, preferences in
-  // options.prefsDir (or the per-user data folder), the resources folder,
-  // curl, the desktop's URL opener, this machine's device facts.
-  Application(ApplicationOptions options, std::shared_ptr<ApplicationDelegate> delegate);
-  // With borrowed services (a manual clock for scripted runs); they must
-  // outlive the application.
+  // The services and the window system are borrowed and outlive the
+  // application; without a window system only headless runs launch.
   Application(ApplicationOptions options, std::shared_ptr<ApplicationDelegate> delegate,
-              const Services& services);
+              const Services& services, WindowSystem* windows);
   ~Application();
   Application(const Application&) = delete;
   Application& operator=(const Application&) = delete;
@@ -96,12 +93,14 @@ class Application {
   // root controller on screen (its viewDidLoad runs) and sends
   // applicationDidBecomeActive. False with a one-line reason when there is
   // no display or no usable layout; nothing else is wrong then.
-  bool launch(std::string* error);
+  [[nodiscard]] Status launch();
 
   // The main loop, after launch: one frame per display refresh (paced when
   // presenting does not wait), idle while the window is minimised, until
   // quit(), Escape or the window's close button; then terminate(). Returns
   // the process's exit status. `frameLimit` stops it after that many frames.
+  // A backend whose frames come from the platform (the browser) calls
+  // runFrame() from its frame callback instead.
   int run(std::optional<uint64_t> frameLimit = std::nullopt);
   // One pass of the loop without pacing: window events and input, the frame
   // (touches, timers, update, actions, physics), the view animations, drawing.
@@ -145,13 +144,13 @@ class Application {
   const Lifecycle& lifecycle() const { return lifecycle_; }
 
   // --- Screen -----------------------------------------------------------------
-  bool hasWindow() const { return renderWindow_ != nullptr; }
+  bool hasWindow() const { return platformWindow_ != nullptr; }
   void toggleFullscreen();
   // Draws the current state and saves it as a PNG (needs a window).
-  bool saveScreenshot(const std::filesystem::path& file, std::string* error);
+  [[nodiscard]] Status saveScreenshot(const std::filesystem::path& file);
   // Where the content lands in the window; a 1:1 mapping headless.
   Viewport viewport() const;
-  RenderWindow* renderWindow() const { return renderWindow_.get(); }
+  PlatformWindow* platformWindow() const { return platformWindow_.get(); }
   Renderer* renderer() const { return renderer_.get(); }
 
   // --- What the application holds -----------------------------------------------
@@ -166,30 +165,29 @@ class Application {
   Animator& animator();
 
  private:
-  struct OwnedServices;
-
-  void init();
   void send(const std::vector<Lifecycle::Call>& calls);
   void syncScene();
   void updateScreen();
+  void handle(const PlatformEvent& event, std::vector<Point>& touches, bool& left, bool& right,
+              bool& primary);
   bool sceneCoveredAt(Point scenePoint);
   std::optional<Point> windowPointOfScene(Point scenePoint) const;
 
   ApplicationOptions options_;
   std::shared_ptr<ApplicationDelegate> delegate_;
-  std::unique_ptr<OwnedServices> owned_;
+  Screen screen_;  // the main screen while the application lives
   Services services_;
+  WindowSystem* windows_;
   std::unique_ptr<FrameDriver> frameDriver_;
   std::unique_ptr<Animator> animator_;
   InterfaceLayout::ControllerClasses classes_;
   std::optional<InterfaceLayout::Instance> instance_;
-  std::unique_ptr<RenderWindow> renderWindow_;
+  std::unique_ptr<PlatformWindow> platformWindow_;
   std::unique_ptr<Renderer> renderer_;
+  std::vector<PlatformEvent> events_;
   Lifecycle lifecycle_;
   PrimaryButtonHook primaryHook_;
   std::function<void()> frameHook_;
-  struct Controllers;
-  std::unique_ptr<Controllers> controllers_;
   bool launched_ = false;
   bool presented_ = false;
   int64_t lastPresentNanos_ = 0;

@@ -11,31 +11,22 @@
 #include <vector>
 
 #include "kit/foundation/log.h"
-
-struct SDL_Renderer;
-struct SDL_Texture;
+#include "kit/platform/image_codec.h"
+#include "kit/render/target_texture.h"
 
 namespace kit {
-
-struct TextureDeleter {
-  void operator()(SDL_Texture* texture) const;
-};
-using TexturePtr = std::unique_ptr<SDL_Texture, TextureDeleter>;
-
-// A texture from straight RGBA pixels (rows top to bottom), in the format
-// the software renderer blits fastest. Null for an empty bitmap.
-TexturePtr makeTexture(SDL_Renderer* renderer, const uint8_t* rgba, int width, int height);
 
 // The named images of the application as textures: SVGs rasterised at the
 // pixel size they are drawn (each size once, then reused), PNGs decoded once
 // at their own size and scaled when drawn. A name that resolves to nothing,
 // or whose file cannot be read, is logged once and then drawn as nothing.
+// Borrows the render target, the codec and the log; all outlive it.
 class ImageLibrary {
  public:
   using Resolver = std::function<std::optional<std::filesystem::path>(std::string_view)>;
 
   struct Sized {
-    SDL_Texture* texture = nullptr;
+    TextureId texture = 0;
     int width = 0;  // pixels of the texture, which may differ from the request
     int height = 0;
     bool opaque = false;  // every pixel has alpha 255
@@ -44,7 +35,7 @@ class ImageLibrary {
   // Largest side, in pixels, an image is rasterised at.
   static constexpr int kLargestSide = 4096;
 
-  ImageLibrary(SDL_Renderer* renderer, Resolver resolver, Log& log);
+  ImageLibrary(RenderTarget& target, ImageCodec& codec, Resolver resolver, Log& log);
   ~ImageLibrary();
   ImageLibrary(const ImageLibrary&) = delete;
   ImageLibrary& operator=(const ImageLibrary&) = delete;
@@ -63,9 +54,10 @@ class ImageLibrary {
   struct Entry;
   struct Source;
   Source* source(const std::string& name);
-  std::optional<Entry> rasterize(Source& source, int width, int height);
+  Result<Entry> rasterize(Source& source, int width, int height);
 
-  SDL_Renderer* renderer_;
+  RenderTarget& target_;
+  ImageCodec& codec_;
   Resolver resolver_;
   Log& log_;
   std::unordered_map<std::string, std::unique_ptr<Source>> sources_;

@@ -1,86 +1,84 @@
 #include "kit/render/input_map.h"
 
-#include <SDL.h>
-
 namespace kit {
 
-InputAction actionForKey(int32_t keycode, uint16_t modifiers) {
-  const bool alt = (modifiers & KMOD_ALT) != 0;
-  switch (keycode) {
-    case SDLK_ESCAPE:
+InputAction actionForKey(PlatformKey key, uint16_t modifiers) {
+  const bool alt = (modifiers & kModAlt) != 0;
+  switch (key) {
+    case PlatformKey::Escape:
       return InputAction::Quit;
-    case SDLK_F11:
+    case PlatformKey::F11:
       return InputAction::ToggleFullscreen;
-    case SDLK_RETURN:
-    case SDLK_KP_ENTER:
+    case PlatformKey::Return:
+    case PlatformKey::KeypadEnter:
       return alt ? InputAction::ToggleFullscreen : InputAction::Primary;
-    case SDLK_SPACE:
+    case PlatformKey::Space:
       return InputAction::Primary;
-    case SDLK_LEFT:
-    case SDLK_a:
+    case PlatformKey::Left:
+    case PlatformKey::A:
       return InputAction::TapLeft;
-    case SDLK_RIGHT:
-    case SDLK_d:
-    case SDLK_l:
+    case PlatformKey::Right:
+    case PlatformKey::D:
+    case PlatformKey::L:
       return InputAction::TapRight;
     default:
       return InputAction::None;
   }
 }
 
-InputAction actionForControllerButton(int button) {
+InputAction actionForControllerButton(PadButton button) {
   switch (button) {
-    case SDL_CONTROLLER_BUTTON_DPAD_LEFT:
-    case SDL_CONTROLLER_BUTTON_LEFTSHOULDER:
+    case PadButton::DpadLeft:
+    case PadButton::LeftShoulder:
       return InputAction::TapLeft;
-    case SDL_CONTROLLER_BUTTON_DPAD_RIGHT:
-    case SDL_CONTROLLER_BUTTON_RIGHTSHOULDER:
+    case PadButton::DpadRight:
+    case PadButton::RightShoulder:
       return InputAction::TapRight;
-    case SDL_CONTROLLER_BUTTON_A:
-    case SDL_CONTROLLER_BUTTON_START:
+    case PadButton::A:
+    case PadButton::Start:
       return InputAction::Primary;
     default:
       return InputAction::None;
   }
 }
 
-std::optional<Key> keyForPanel(int32_t keycode, uint16_t modifiers) {
-  switch (keycode) {
-    case SDLK_ESCAPE:
+std::optional<Key> keyForPanel(PlatformKey key, uint16_t modifiers) {
+  switch (key) {
+    case PlatformKey::Escape:
       return Key::Escape;
-    case SDLK_RETURN:
-    case SDLK_KP_ENTER:
-      if (modifiers & KMOD_ALT)
+    case PlatformKey::Return:
+    case PlatformKey::KeypadEnter:
+      if (modifiers & kModAlt)
         return std::nullopt;
       return Key::Return;
-    case SDLK_TAB:
-      return (modifiers & KMOD_SHIFT) ? Key::BackTab : Key::Tab;
-    case SDLK_LEFT:
+    case PlatformKey::Tab:
+      return (modifiers & kModShift) ? Key::BackTab : Key::Tab;
+    case PlatformKey::Left:
       return Key::Left;
-    case SDLK_RIGHT:
+    case PlatformKey::Right:
       return Key::Right;
-    case SDLK_UP:
+    case PlatformKey::Up:
       return Key::Up;
-    case SDLK_DOWN:
+    case PlatformKey::Down:
       return Key::Down;
     default:
       return std::nullopt;
   }
 }
 
-std::optional<Key> keyForPanelFromController(int button) {
+std::optional<Key> keyForPanelFromController(PadButton button) {
   switch (button) {
-    case SDL_CONTROLLER_BUTTON_A:
+    case PadButton::A:
       return Key::Return;
-    case SDL_CONTROLLER_BUTTON_B:
+    case PadButton::B:
       return Key::Escape;
-    case SDL_CONTROLLER_BUTTON_DPAD_LEFT:
+    case PadButton::DpadLeft:
       return Key::Left;
-    case SDL_CONTROLLER_BUTTON_DPAD_RIGHT:
+    case PadButton::DpadRight:
       return Key::Right;
-    case SDL_CONTROLLER_BUTTON_DPAD_UP:
+    case PadButton::DpadUp:
       return Key::Up;
-    case SDL_CONTROLLER_BUTTON_DPAD_DOWN:
+    case PadButton::DpadDown:
       return Key::Down;
     default:
       return std::nullopt;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "kit/platform/key_codes.h"
 #include "kit/ui/key_receiver.h"
 
 namespace kit {
@@ -19,17 +20,16 @@ enum class InputAction {
   ToggleFullscreen,  // F11, Alt+Enter
 };
 
-// `keycode` and `modifiers` are SDL's (SDL_Keycode, SDL_Keymod).
-InputAction actionForKey(int32_t keycode, uint16_t modifiers);
-// `button` is an SDL_GameControllerButton.
-InputAction actionForControllerButton(int button);
+// `modifiers` are the kMod bits of kit/platform/key_codes.h.
+InputAction actionForKey(PlatformKey key, uint16_t modifiers);
+InputAction actionForControllerButton(PadButton button);
 
 // What a key means to a modal panel that takes the keyboard, if anything:
 // Escape, Return (and keypad Enter), Tab and Shift+Tab, the arrows. Alt+Enter
 // stays the window's.
-std::optional<Key> keyForPanel(int32_t keycode, uint16_t modifiers);
+std::optional<Key> keyForPanel(PlatformKey key, uint16_t modifiers);
 // The controller's buttons for a panel: A is Return, B is Escape, the d-pad
 // moves.
-std::optional<Key> keyForPanelFromController(int button);
+std::optional<Key> keyForPanelFromController(PadButton button);
 
 }  // namespace kit

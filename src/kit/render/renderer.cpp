@@ -1,7 +1,5 @@
 #include "kit/render/renderer.h"
 
-#include <SDL.h>
-
 #include <algorithm>
 #include <cmath>
 #include <deque>
@@ -33,22 +31,32 @@ constexpr size_t kMostTexts = 256;
 // Alphas below this draw nothing visible at 8 bits.
 constexpr double kInvisible = 1.0 / 512;
 
-uint8_t byte(double unit) {
-  return static_cast<uint8_t>(std::lround(std::clamp(unit, 0.0, 1.0) * 255));
-}
-
 bool sameScale(double a, double b) {
   return std::abs(a - b) < 1e-9;
 }
 
-SDL_Rect intersect(const SDL_Rect& a, const SDL_Rect& b) {
-  SDL_Rect out;
-  if (!SDL_IntersectRect(&a, &b, &out))
+// Whole pixels: clips are kept on the pixel grid.
+struct PixelRect {
+  int x = 0, y = 0, w = 0, h = 0;
+  bool empty() const { return w <= 0 || h <= 0; }
+  Rect rect() const { return {{double(x), double(y)}, {double(w), double(h)}}; }
+};
+
+// The overlap of two clips; an empty one at a's corner when they miss.
+PixelRect intersect(const PixelRect& a, const PixelRect& b) {
+  if (a.empty() || b.empty())
+    return {a.x, a.y, 0, 0};
+  PixelRect out;
+  out.x = std::max(a.x, b.x);
+  out.w = std::min(a.x + a.w, b.x + b.w) - out.x;
+  out.y = std::max(a.y, b.y);
+  out.h = std::min(a.y + a.h, b.y + b.h) - out.y;
+  if (out.empty())
     return {a.x, a.y, 0, 0};
   return out;
 }
 
-SDL_Rect pixelRect(const Rect& r) {
+PixelRect pixelRect(const Rect& r) {
   const int x0 = static_cast<int>(std::lround(r.minX())),
             y0 = static_cast<int>(std::lround(r.minY()));
   const int x1 = static_cast<int>(std::lround(r.maxX())),
@@ -60,7 +68,7 @@ SDL_Rect pixelRect(const Rect& r) {
 struct Placement {
   double cx = 0, cy = 0;  // centre, pixels
   double width = 0, height = 0;
-  double degrees = 0;  // clockwise, as SDL turns
+  double degrees = 0;  // clockwise, as the screen turns (y down)
   bool mirrored = false;
   bool upright() const { return std::abs(degrees) < 1e-6 && !mirrored; }
 };
@@ -89,27 +97,27 @@ struct Renderer::Impl {
     double scale = 0;
     double baseline = 0;
     Size size;  // points
-    TexturePtr texture;
+    TargetTexture texture;
     int width = 0, height = 0;
     uint64_t lastUsed = 0;
   };
   struct Panel {
     PanelStyle style;
     double scale = 0;
-    TexturePtr texture;
+    TargetTexture texture;
     int width = 0, height = 0;
     Point origin;
     uint64_t lastUsed = 0;
   };
   struct Bitmap {
     std::weak_ptr<Image> image;
-    TexturePtr texture;
+    TargetTexture texture;
     uint64_t lastUsed = 0;
   };
   struct Spinner {
     Color color;
     int side = 0;
-    TexturePtr texture;
+    TargetTexture texture;
     uint64_t lastUsed = 0;
   };
   struct Counter {
@@ -119,21 +127,21 @@ struct Renderer::Impl {
     uint64_t version = 0;
   };
 
-  Impl(SDL_Renderer* target, ImageResolver resolver, Log& log)
-      : r(target), images(target, std::move(resolver), log) {
+  Impl(RenderTarget& target, ImageCodec& codec, ImageResolver resolver, Log& log)
+      : r(target), images(target, codec, std::move(resolver), log) {
     const uint8_t whitePixel[4] = {255, 255, 255, 255};
-    white = makeTexture(r, whitePixel, 1, 1);
+    white = TargetTexture(r, whitePixel, 1, 1);
   }
 
-  SDL_Renderer* r;
+  RenderTarget& r;
   ImageLibrary images;
-  TexturePtr white;
+  TargetTexture white;
   uint64_t frame = 0;
   uint64_t made = 0;  // rasterisations other than named images
   uint64_t drawCalls = 0;
   int64_t now = 0;
   Viewport viewport;
-  std::vector<SDL_Rect> clips;
+  std::vector<PixelRect> clips;
 
   std::unordered_map<const void*, Text> sceneTexts;  // per label node
   std::unordered_map<const void*, Text> viewTexts;   // per label view, and counters
@@ -144,40 +152,37 @@ struct Renderer::Impl {
 
   // --- Clipping ---------------------------------------------------------------
 
-  void pushClip(const SDL_Rect& rect) {
+  void pushClip(const PixelRect& rect) {
     clips.push_back(clips.empty() ? rect : intersect(clips.back(), rect));
-    SDL_RenderSetClipRect(r, &clips.back());
+    r.setClip(clips.back().rect());
   }
   void popClip() {
     clips.pop_back();
-    SDL_RenderSetClipRect(r, clips.empty() ? nullptr : &clips.back());
+    r.setClip(clips.empty() ? std::nullopt : std::optional<Rect>(clips.back().rect()));
   }
   bool clippedAway(const Placement& p) const {
     if (clips.empty())
       return false;
     const double reach = std::hypot(p.width, p.height) / 2;
-    const SDL_Rect& c = clips.back();
+    const PixelRect& c = clips.back();
     return p.cx + reach < c.x || p.cx - reach > c.x + c.w || p.cy + reach < c.y ||
            p.cy - reach > c.y + c.h;
   }
 
   // --- Primitives -------------------------------------------------------------
 
-  void copy(SDL_Texture* texture, const Placement& p, double alpha, bool opaque) {
-    SDL_SetTextureAlphaMod(texture, byte(alpha));
-    SDL_SetTextureBlendMode(texture,
-                            opaque && alpha >= 1 ? SDL_BLENDMODE_NONE : SDL_BLENDMODE_BLEND);
+  void copy(TextureId texture, const Placement& p, double alpha, bool opaque,
+            Color tint = {1, 1, 1, 1}) {
+    TexturedQuad quad;
+    quad.texture = texture;
+    quad.destination = {{p.cx - p.width / 2, p.cy - p.height / 2}, {p.width, p.height}};
+    quad.rotationDegrees = p.upright() ? 0 : p.degrees;
+    quad.flipVertical = !p.upright() && p.mirrored;
+    quad.alpha = alpha;
+    quad.tint = tint;
+    quad.blend = opaque && alpha >= 1 ? TargetBlend::None : TargetBlend::Blend;
     ++drawCalls;
-    if (p.upright()) {
-      const SDL_Rect dst =
-          pixelRect({{p.cx - p.width / 2, p.cy - p.height / 2}, {p.width, p.height}});
-      SDL_RenderCopy(r, texture, nullptr, &dst);
-      return;
-    }
-    const SDL_FRect dst{float(p.cx - p.width / 2), float(p.cy - p.height / 2), float(p.width),
-                        float(p.height)};
-    SDL_RenderCopyExF(r, texture, nullptr, &dst, p.degrees, nullptr,
-                      p.mirrored ? SDL_FLIP_VERTICAL : SDL_FLIP_NONE);
+    r.drawQuad(quad);
   }
 
   void fill(const Placement& p, Color color, double alpha) {
@@ -185,16 +190,12 @@ struct Renderer::Impl {
     if (a < kInvisible)
       return;
     if (p.upright()) {
-      const SDL_Rect dst =
-          pixelRect({{p.cx - p.width / 2, p.cy - p.height / 2}, {p.width, p.height}});
-      SDL_SetRenderDrawBlendMode(r, a >= 1 ? SDL_BLENDMODE_NONE : SDL_BLENDMODE_BLEND);
-      SDL_SetRenderDrawColor(r, byte(color.red), byte(color.green), byte(color.blue), byte(a));
-      SDL_RenderFillRect(r, &dst);
+      r.fillRect({{p.cx - p.width / 2, p.cy - p.height / 2}, {p.width, p.height}},
+                 color.withAlpha(a), a >= 1 ? TargetBlend::None : TargetBlend::Blend);
       ++drawCalls;
       return;
     }
-    SDL_SetTextureColorMod(white.get(), byte(color.red), byte(color.green), byte(color.blue));
-    copy(white.get(), p, a, false);
+    copy(white.id(), p, a, false, color);
   }
 
   // --- Texts --------------------------------------------------------------------
@@ -223,7 +224,7 @@ struct Renderer::Impl {
     if (withBaseline)
       t.baseline = firstBaseline(block);
     const TextBitmap bitmap = layout.render(area, scale, color);
-    t.texture = makeTexture(r, bitmap.rgba.data(), bitmap.width, bitmap.height);
+    t.texture = TargetTexture(r, bitmap.rgba.data(), bitmap.width, bitmap.height);
     t.width = bitmap.width;
     t.height = bitmap.height;
     ++made;
@@ -309,7 +310,7 @@ struct Renderer::Impl {
     p.width = t->width;
     p.height = t->height;
     if (!clippedAway(p))
-      copy(t->texture.get(), p, alpha, false);
+      copy(t->texture.id(), p, alpha, false);
   }
 
   void drawScene(const SpriteView& view, const Rect& rect, double alpha) {
@@ -362,7 +363,7 @@ struct Renderer::Impl {
     Placement p{px.midX(), px.midY(), double(t->width), double(t->height)};
     fill(Placement{px.midX(), px.midY(), px.size.width + 8, px.size.height + 4},
          Color{0, 0, 0, 0.5}, 1);
-    copy(t->texture.get(), p, 1, false);
+    copy(t->texture.id(), p, 1, false);
   }
 
   // --- Views ------------------------------------------------------------------------
@@ -390,7 +391,7 @@ struct Renderer::Impl {
       return;
     const double x = std::round(px.minX()) - panel->origin.x;
     const double y = std::round(px.minY()) - panel->origin.y;
-    copy(panel->texture.get(),
+    copy(panel->texture.id(),
          {x + panel->width / 2.0, y + panel->height / 2.0, double(panel->width),
           double(panel->height)},
          alpha, false);
@@ -408,7 +409,7 @@ struct Renderer::Impl {
     Panel p;
     p.style = style;
     p.scale = scale;
-    p.texture = makeTexture(r, bitmap.rgba.data(), bitmap.width, bitmap.height);
+    p.texture = TargetTexture(r, bitmap.rgba.data(), bitmap.width, bitmap.height);
     p.width = bitmap.width;
     p.height = bitmap.height;
     p.origin = bitmap.origin;
@@ -434,7 +435,7 @@ struct Renderer::Impl {
       return;
     const Rect px = viewport.pointsToPixels().applyToRect(rect);
     const double x = std::round(px.minX()), y = std::round(px.minY());
-    copy(t->texture.get(),
+    copy(t->texture.id(),
          {x + t->width / 2.0, y + t->height / 2.0, double(t->width), double(t->height)}, alpha,
          false);
   }
@@ -458,7 +459,7 @@ struct Renderer::Impl {
         }
       }
       b.image = image;
-      b.texture = makeTexture(r, rgba.data(), w, h);
+      b.texture = TargetTexture(r, rgba.data(), w, h);
       ++made;
     }
     b.lastUsed = frame;
@@ -469,7 +470,7 @@ struct Renderer::Impl {
                        rect.origin.y + inBounds.origin.y - view.bounds().origin.y},
                       inBounds.size};
     const Rect px = viewport.pointsToPixels().applyToRect(placed);
-    copy(b.texture.get(), {px.midX(), px.midY(), px.size.width, px.size.height}, alpha, false);
+    copy(b.texture.id(), {px.midX(), px.midY(), px.size.width, px.size.height}, alpha, false);
   }
 
   void drawSpinner(const ActivityIndicatorView& view, const Rect& rect, double alpha) {
@@ -485,7 +486,7 @@ struct Renderer::Impl {
                                             ActivityIndicatorView::kSpokes);
       ++made;
       spinners.push_back(
-          {color, side, makeTexture(r, bitmap.rgba.data(), bitmap.width, bitmap.height)});
+          {color, side, TargetTexture(r, bitmap.rgba.data(), bitmap.width, bitmap.height)});
       it = spinners.end() - 1;
     }
     it->lastUsed = frame;
@@ -494,7 +495,7 @@ struct Renderer::Impl {
     const Rect px = viewport.pointsToPixels().applyToRect(rect);
     Placement p{px.midX(), px.midY(), double(side), double(side)};
     p.degrees = view.spinAngle(now) * 180 / std::numbers::pi;
-    copy(it->texture.get(), p, alpha, false);
+    copy(it->texture.id(), p, alpha, false);
   }
 
   // `origin`: the top-left corner of the superview's bounds, in root points.
@@ -545,8 +546,8 @@ struct Renderer::Impl {
   }
 };
 
-Renderer::Renderer(SDL_Renderer* target, ImageResolver images, Log& log)
-    : impl_(std::make_unique<Impl>(target, std::move(images), log)) {}
+Renderer::Renderer(RenderTarget& target, ImageCodec& codec, ImageResolver images, Log& log)
+    : impl_(std::make_unique<Impl>(target, codec, std::move(images), log)) {}
 
 Renderer::~Renderer() = default;
 
@@ -557,10 +558,8 @@ void Renderer::drawFrame(const View& root, const Viewport& viewport, int64_t now
   d.now = nowNanos;
   d.viewport = viewport;
   d.clips.clear();
-  SDL_RenderSetClipRect(d.r, nullptr);
-  SDL_SetRenderDrawBlendMode(d.r, SDL_BLENDMODE_NONE);
-  SDL_SetRenderDrawColor(d.r, 0, 0, 0, 255);
-  SDL_RenderClear(d.r);
+  d.r.setClip(std::nullopt);
+  d.r.clear(Color::black());
   d.pushClip(pixelRect(viewport.contentPixels()));
   d.drawView(root, {0, 0}, 1);
   d.popClip();

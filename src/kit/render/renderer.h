@@ -9,17 +9,17 @@
 
 #include "kit/foundation/geometry.h"
 #include "kit/foundation/log.h"
+#include "kit/platform/image_codec.h"
+#include "kit/platform/render_target.h"
 #include "kit/render/viewport.h"
-
-struct SDL_Renderer;
 
 namespace kit {
 
 class Scene;
 class View;
 
-// Draws a view tree, and the scenes of the sprite views in it, with an SDL
-// renderer: what the player sees each frame. Views draw in tree order with
+// Draws a view tree, and the scenes of the sprite views in it, into a render
+// target: what the player sees each frame. Views draw in tree order with
 // their presentation values (frame, alpha, background colour), then their
 // content: a layer panel (rounded corners, drop shadow), label text, images,
 // spinners, and a sprite view's scene (its draw list, mapped by the scene's
@@ -29,14 +29,14 @@ class View;
 // Everything that needs rasterising (SVG images at the pixel size they are
 // drawn, text, panels) is made once and cached by what decides its pixels,
 // so a steady frame only copies textures. Entries unused for a few seconds
-// are released. Borrows the SDL renderer and the log; both outlive it.
+// are released. Borrows the target, the image codec and the log; all outlive it.
 // Main thread only.
 class Renderer {
  public:
   // Resolves an image name ("car", "bg.png") to its SVG or PNG file.
   using ImageResolver = std::function<std::optional<std::filesystem::path>(std::string_view)>;
 
-  Renderer(SDL_Renderer* target, ImageResolver images, Log& log);
+  Renderer(RenderTarget& target, ImageCodec& codec, ImageResolver images, Log& log);
   ~Renderer();
   Renderer(const Renderer&) = delete;
   Renderer& operator=(const Renderer&) = delete;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,8 +31,9 @@ struct MailMessage {
   std::vector<MailAttachment> attachments;
 };
 
-// Where composed mail goes: the desktop's mail app, or a recorder in tests
-// and scripted runs. Held by whoever made the services; composers borrow it.
+// Where composed mail goes: the platform's mail hand-off (the backend's sink),
+// or a recorder in tests and scripted runs. Held by whoever made the
+// services; composers borrow it. Main thread only.
 class MailSink {
  public:
   virtual ~MailSink() = default;
@@ -41,44 +41,6 @@ class MailSink {
   virtual bool canSendMail() = 0;
   // Hands the mail on; false when it could not be.
   virtual bool send(const MailMessage& mail) = 0;
-};
-
-// Hands mail to the desktop's mail app as a mailto: link through the URL
-// opener. Mail counts as available when the desktop names a handler for
-// mailto links (xdg-mime, run once without a shell and given two seconds).
-// Only the recipients, the subject and a plain-text body travel: attachments
-// cannot, and are dropped with a log line. The opener and the log are
-// borrowed and must outlive the sink.
-class DesktopMailSink final : public MailSink {
- public:
-  // Bodies longer than this (in bytes, before encoding) are cut at a
-  // character boundary: mail apps refuse very long links.
-  static constexpr size_t kMaxBodyBytes = 2000;
-
-  DesktopMailSink(UrlOpener& opener, Log& log);
-  // With another handler query (an argv, run from PATH) and time limit.
-  DesktopMailSink(UrlOpener& opener, Log& log, std::vector<std::string> probe,
-                  std::chrono::milliseconds probeTimeout);
-
-  bool canSendMail() override;
-  bool send(const MailMessage& mail) override;
-
-  // The mailto: link of `mail` (RFC 6068): recipients, subject and body
-  // percent-encoded; CR, LF and other control characters removed from the
-  // recipients and the subject; an HTML body turned into plain text; body
-  // line breaks sent as CRLF.
-  static std::string mailtoURL(const MailMessage& mail);
-  // Plain text of an HTML body: <br> in any spelling becomes a line break,
-  // other tags go, the common entities are decoded, source line breaks are
-  // spaces (as a browser would show them).
-  static std::string plainTextOfHTML(std::string_view html);
-
- private:
-  UrlOpener& opener_;
-  Log& log_;
-  std::vector<std::string> probe_;
-  std::chrono::milliseconds probeTimeout_;
-  std::optional<bool> available_;
 };
 
 // Records every mail and opens nothing; `available` answers canSendMail.

@@ -1,6 +1,7 @@
 #include "kit/ui/screen.h"
 
 #include <cmath>
+#include <utility>
 
 namespace kit {
 
@@ -10,11 +11,24 @@ bool isUsable(double value) {
   return std::isfinite(value) && value > 0;
 }
 
+// Not an owner: the installed screen's owner (the application) outlives
+// its installation.
+Screen* gInstalled = nullptr;
+
 }  // namespace
 
+Screen::~Screen() {
+  if (gInstalled == this)
+    gInstalled = nullptr;
+}
+
 Screen& Screen::main() {
-  static Screen screen;
-  return screen;
+  static Screen defaults;
+  return gInstalled ? *gInstalled : defaults;
+}
+
+Screen* Screen::setMain(Screen* screen) {
+  return std::exchange(gInstalled, screen);
 }
 
 void Screen::setBounds(Size bounds) {

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "kit/backends/desktop/curl_http_client.h"
 #include "kit/foundation/json.h"
 #include "kit/foundation/value.h"
 #include "kit/foundation/xml_event_parser.h"
@@ -130,6 +131,10 @@ int main(int argc, char** argv) {
   CLI11_PARSE(app, argc, argv);
   const std::string command = app.get_subcommands().front()->get_name();
 
+  kit::StderrLog log;
+  kit::CurlHttpClient http;
+  XMLParser shared(log, http);
+  XMLParser::setSharedInstance(&shared);
   XMLParser& loader = XMLParser::sharedInstance();
   std::shared_ptr<TreeNode> top;
   if (source == "-") {

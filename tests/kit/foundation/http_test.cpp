@@ -1,4 +1,5 @@
 #include "kit/foundation/http.h"
+#include "kit/backends/desktop/curl_http_client.h"
 
 #include <gtest/gtest.h>
 #include <httplib.h>

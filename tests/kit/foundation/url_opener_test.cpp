@@ -1,4 +1,5 @@
 #include "kit/foundation/url_opener.h"
+#include "kit/backends/desktop/desktop_url_opener.h"
 
 #include <gtest/gtest.h>
 

@@ -7,13 +7,15 @@
 #include <fstream>
 #include <iterator>
 
-#include "kit/foundation/headless_platform.h"
+#include "kit/backends/desktop/desktop_window_system.h"
+#include "kit/backends/desktop/headless_platform.h"
+#include "kit/backends/desktop/render_window.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/render/application.h"
-#include "kit/render/render_window.h"
 #include "kit/render/sprite_view.h"
 #include "kit/scene/frame_driver.h"
 #include "kit/ui/alert_view.h"
+#include "kit/ui/screen.h"
 #include "kit/ui/view_controller.h"
 #include "kit/ui/window.h"
 
@@ -71,13 +73,13 @@ class ApplicationTest : public ::testing::Test {
     options.resourceDir = TWINLANES_RESOURCES;
     options.windowScale = 1;
     delegate = std::make_shared<RecordingDelegate>();
-    app = std::make_unique<Application>(options, delegate, platform.services());
+    app = std::make_unique<Application>(options, delegate, platform.services(), &windows);
     app->registerViewControllerClass("ViewController", [this] {
       host = std::make_shared<HostController>();
       return host;
     });
-    std::string error;
-    ASSERT_TRUE(app->launch(&error)) << error;
+    Status launched = app->launch();
+    ASSERT_TRUE(launched) << launched.error();
   }
 
   // Pushes SDL events as the desktop would deliver them, then runs a frame.
@@ -111,6 +113,7 @@ class ApplicationTest : public ::testing::Test {
 
   TempDir prefs{"twinlanes-app-test"};
   HeadlessPlatform platform{prefs.path(), TWINLANES_RESOURCES};
+  DesktopWindowSystem windows;
   std::shared_ptr<RecordingDelegate> delegate;
   std::shared_ptr<HostController> host;
   std::unique_ptr<Application> app;
@@ -178,11 +181,11 @@ TEST_F(ApplicationTest, SpaceAndEnterPressTheButtonTheHostPointsAtButNeverWithAl
   EXPECT_EQ(sceneEvents()[0], (std::vector<Point>{{160, 284}}));
   key(SDLK_RETURN, KMOD_RALT);  // fullscreen, never play
   app->runFrame();
-  EXPECT_TRUE(app->renderWindow()->isFullscreen());
+  EXPECT_TRUE(app->platformWindow()->isFullscreen());
   EXPECT_EQ(sceneEvents().size(), 1u);
   key(SDLK_F11);
   app->runFrame();
-  EXPECT_FALSE(app->renderWindow()->isFullscreen());
+  EXPECT_FALSE(app->platformWindow()->isFullscreen());
   // A view covering the scene keeps the keys from it.
   app->window()->addSubview(std::make_shared<View>(Rect{{0, 0}, {320, 568}}));
   key(SDLK_LEFT);
@@ -248,16 +251,36 @@ TEST_F(ApplicationTest, AnAlertTakesTheKeysAndTheTapsBeforeTheGame) {
   EXPECT_TRUE(sceneEvents().empty());
 }
 
+TEST(ApplicationScreen, IsTheMainScreenOnlyWhileTheApplicationLives) {
+  TempDir prefs{"twinlanes-app-test"};
+  HeadlessPlatform platform{prefs.path(), TWINLANES_RESOURCES};
+  ApplicationOptions options;
+  options.resourceDir = TWINLANES_RESOURCES;
+  options.window = false;
+  options.profile = "pad";
+  {
+    Application app(options, std::make_shared<ApplicationDelegate>(), platform.services(), nullptr);
+    app.registerViewControllerClass("ViewController",
+                                    [] { return std::make_shared<HostController>(); });
+    Status launched = app.launch();
+    ASSERT_TRUE(launched) << launched.error();
+    EXPECT_NE(Screen::main().bounds().width, Screen::kDefaultBounds.width);
+  }
+  EXPECT_EQ(Screen::main().bounds().width, Screen::kDefaultBounds.width);
+  EXPECT_EQ(Screen::main().scale(), Screen::kDefaultScale);
+}
+
 TEST(ApplicationWithoutDisplay, LaunchSaysSoAndNothingCrashes) {
   SDL_SetHintWithPriority(SDL_HINT_VIDEODRIVER, "no-such-display", SDL_HINT_OVERRIDE);
   TempDir prefs{"twinlanes-app-test"};
   HeadlessPlatform platform{prefs.path(), TWINLANES_RESOURCES};
   ApplicationOptions options;
   options.resourceDir = TWINLANES_RESOURCES;
-  Application app(options, std::make_shared<ApplicationDelegate>(), platform.services());
-  std::string error;
-  EXPECT_FALSE(app.launch(&error));
-  EXPECT_NE(error.find("no display"), std::string::npos) << error;
+  DesktopWindowSystem windows;
+  Application app(options, std::make_shared<ApplicationDelegate>(), platform.services(), &windows);
+  Status launched = app.launch();
+  ASSERT_FALSE(launched);
+  EXPECT_NE(launched.error().find("no display"), std::string::npos) << launched.error();
   SDL_ResetHint(SDL_HINT_VIDEODRIVER);
 }
 

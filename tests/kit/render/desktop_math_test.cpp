@@ -3,12 +3,27 @@
 #include <SDL.h>
 #include <gtest/gtest.h>
 
+#include "kit/backends/desktop/sdl_keys.h"
 #include "kit/render/frame_pacer.h"
 #include "kit/render/input_map.h"
 #include "kit/render/viewport.h"
 
 namespace kit {
 namespace {
+
+// The map as the desktop window feeds it: SDL's codes made portable first.
+InputAction actionForSdlKey(int32_t keycode, uint16_t modifiers) {
+  return actionForKey(platformKeyFromSdl(keycode), modifiersFromSdl(modifiers));
+}
+InputAction actionForSdlButton(int button) {
+  return actionForControllerButton(padButtonFromSdl(button));
+}
+std::optional<Key> keyForSdlPanel(int32_t keycode, uint16_t modifiers) {
+  return keyForPanel(platformKeyFromSdl(keycode), modifiersFromSdl(modifiers));
+}
+std::optional<Key> keyForSdlButton(int button) {
+  return keyForPanelFromController(padButtonFromSdl(button));
+}
 
 TEST(Viewport, KeepsTheAspectWithBarsAndMapsWindowPointsBack) {
   const Viewport wide = Viewport::fit({320, 618}, {1000, 618}, 1);
@@ -65,20 +80,20 @@ TEST(FramePacer, PresentingThatWaitsForTheDisplayLeavesNothingToWait) {
 }
 
 TEST(InputMap, KeysAndControllerButtonsMapToHalvesPrimaryAndWindowActions) {
-  EXPECT_EQ(actionForKey(SDLK_d, 0), InputAction::TapRight);
-  EXPECT_EQ(actionForKey(SDLK_F11, 0), InputAction::ToggleFullscreen);
-  EXPECT_EQ(actionForKey(SDLK_x, 0), InputAction::None);
+  EXPECT_EQ(actionForSdlKey(SDLK_d, 0), InputAction::TapRight);
+  EXPECT_EQ(actionForSdlKey(SDLK_F11, 0), InputAction::ToggleFullscreen);
+  EXPECT_EQ(actionForSdlKey(SDLK_x, 0), InputAction::None);
   // Alt+Enter toggles fullscreen and never presses play.
-  EXPECT_EQ(actionForKey(SDLK_KP_ENTER, KMOD_RALT), InputAction::ToggleFullscreen);
-  EXPECT_EQ(actionForControllerButton(SDL_CONTROLLER_BUTTON_LEFTSHOULDER), InputAction::TapLeft);
-  EXPECT_EQ(actionForControllerButton(SDL_CONTROLLER_BUTTON_A), InputAction::Primary);
-  EXPECT_EQ(actionForControllerButton(SDL_CONTROLLER_BUTTON_B), InputAction::None);
+  EXPECT_EQ(actionForSdlKey(SDLK_KP_ENTER, KMOD_RALT), InputAction::ToggleFullscreen);
+  EXPECT_EQ(actionForSdlButton(SDL_CONTROLLER_BUTTON_LEFTSHOULDER), InputAction::TapLeft);
+  EXPECT_EQ(actionForSdlButton(SDL_CONTROLLER_BUTTON_A), InputAction::Primary);
+  EXPECT_EQ(actionForSdlButton(SDL_CONTROLLER_BUTTON_B), InputAction::None);
 }
 
 TEST(InputMap, PanelsGetTheirKeysButAltEnterStaysTheWindows) {
-  EXPECT_EQ(keyForPanel(SDLK_TAB, KMOD_LSHIFT), Key::BackTab);
-  EXPECT_EQ(keyForPanel(SDLK_RETURN, KMOD_LALT), std::nullopt);
-  EXPECT_EQ(keyForPanelFromController(SDL_CONTROLLER_BUTTON_B), Key::Escape);
+  EXPECT_EQ(keyForSdlPanel(SDLK_TAB, KMOD_LSHIFT), Key::BackTab);
+  EXPECT_EQ(keyForSdlPanel(SDLK_RETURN, KMOD_LALT), std::nullopt);
+  EXPECT_EQ(keyForSdlButton(SDL_CONTROLLER_BUTTON_B), Key::Escape);
 }
 
 }  // namespace

@@ -8,9 +8,10 @@
 #include <fstream>
 #include <numbers>
 
+#include "kit/backends/desktop/render_window.h"
+#include "kit/backends/desktop/sdl_image_codec.h"
 #include "kit/foundation/log.h"
 #include "kit/foundation/temp_dir.h"
-#include "kit/render/render_window.h"
 #include "kit/render/renderer.h"
 #include "kit/render/sprite_view.h"
 #include "kit/scene/label_node.h"
@@ -43,7 +44,7 @@ class SceneRenderTest : public ::testing::Test {
     renderWindow = RenderWindow::open(options, &error);
     ASSERT_TRUE(renderWindow) << error;
     renderer = std::make_unique<Renderer>(
-        renderWindow->sdlRenderer(),
+        *renderWindow, codec,
         [this](std::string_view name) -> std::optional<std::filesystem::path> {
           const auto path = images.path() / (std::string(name) + ".svg");
           if (std::filesystem::exists(path))
@@ -74,7 +75,9 @@ class SceneRenderTest : public ::testing::Test {
 
   void draw() {
     renderer->drawFrame(*window, renderWindow->viewport(), nowNanos);
-    pixels = renderWindow->readPixels(&width, &height);
+    auto read = renderWindow->readPixels(width, height);
+    ASSERT_TRUE(read) << read.error();
+    pixels = std::move(*read);
   }
 
   Rgba pixel(int x, int y) const {
@@ -103,6 +106,7 @@ class SceneRenderTest : public ::testing::Test {
   const Size content_{200, 100};
   CapturingLog log;
   TempDir images{"twinlanes-render-test"};
+  SdlImageCodec codec;
   std::unique_ptr<RenderWindow> renderWindow;
   std::unique_ptr<Renderer> renderer;
   std::shared_ptr<Window> window;

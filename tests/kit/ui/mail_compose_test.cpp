@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "kit/backends/desktop/desktop_mail_sink.h"
 #include "kit/foundation/log.h"
 #include "kit/ui/mail_compose_view_controller.h"
 #include "kit/ui/window.h"

@@ -1,4 +1,4 @@
-#include "kit/foundation/headless_platform.h"
+#include "kit/backends/desktop/headless_platform.h"
 
 namespace kit {
 
@@ -10,7 +10,8 @@ HeadlessPlatform::HeadlessPlatform(const std::filesystem::path& prefsFolder,
       bundle(resourceDir, &defaults, log) {}
 
 Services HeadlessPlatform::services() {
-  return Services{clock, runLoop, notifications, defaults, bundle, log, http, urlOpener, device};
+  return Services{clock, runLoop, notifications, defaults, bundle,
+                  log,   http,    urlOpener,     device,   random};
 }
 
 }  // namespace kit

@@ -1,4 +1,4 @@
-#include "kit/ui/mail_compose_sink.h"
+#include "kit/backends/desktop/desktop_mail_sink.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -220,11 +220,18 @@ DesktopMailSink::DesktopMailSink(UrlOpener& opener, Log& log)
 
 DesktopMailSink::DesktopMailSink(UrlOpener& opener, Log& log, std::vector<std::string> probe,
                                  std::chrono::milliseconds probeTimeout)
-    : opener_(opener), log_(log), probe_(std::move(probe)), probeTimeout_(probeTimeout) {}
+    : opener_(opener),
+      log_(log),
+      probe_(std::async(std::launch::async, [probe = std::move(probe), probeTimeout] {
+        return runProbe(probe, probeTimeout);
+      })) {}
+
+// The query ends within its time limit, so waiting for it here is bounded.
+DesktopMailSink::~DesktopMailSink() = default;
 
 bool DesktopMailSink::canSendMail() {
   if (!available_) {
-    const std::optional<std::string> handler = runProbe(probe_, probeTimeout_);
+    const std::optional<std::string> handler = probe_.get();
     available_ = handler && !headerSafe(*handler).empty();
     if (!*available_)
       log_.write("Mail is not available: the desktop has no app for mailto links");

@@ -1,10 +1,12 @@
-#include "kit/render/render_window.h"
+#include "kit/backends/desktop/render_window.h"
 
 #include <SDL.h>
 #include <SDL_image.h>
 
 #include <cmath>
 #include <cstdlib>
+
+#include "kit/backends/desktop/render_window_parts.h"
 
 namespace kit {
 namespace {
@@ -38,12 +40,20 @@ namespace {
 // Once started, video stays up for the life of the process: SDL 2.26's X11
 // driver cannot start a second time (after a quit, SDL silently falls back to
 // the offscreen driver), so the probe, every window and every relaunch share
-// the one start.
+// the one start. A driver asked for later that is not the running one is
+// reported as missing, as it would be on a first start.
 bool startVideo(std::string* error) {
   static bool started = false;
-  if (started)
-    return true;
   const char* asked = SDL_GetHint(SDL_HINT_VIDEODRIVER);
+  if (started) {
+    const char* running = SDL_GetCurrentVideoDriver();
+    if (asked && *asked && running && std::string(asked).find(running) == std::string::npos) {
+      if (error)
+        *error = std::string("the video driver \"") + asked + "\" is not available";
+      return false;
+    }
+    return true;
+  }
   if ((!asked || !*asked) && !std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY")) {
     if (error)
       *error = "neither DISPLAY nor WAYLAND_DISPLAY is set";
@@ -82,6 +92,9 @@ std::unique_ptr<RenderWindow> RenderWindow::open(const WindowOptions& options, s
       *error = "no display available: " + why;
     return nullptr;
   }
+  // Events still queued belong to windows that are gone (SDL's queue is the
+  // process's): a new window starts with none.
+  SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
   std::unique_ptr<RenderWindow> w(new RenderWindow());
   w->content_ = options.content;
 
@@ -120,14 +133,23 @@ std::unique_ptr<RenderWindow> RenderWindow::open(const WindowOptions& options, s
   }
   SDL_SetRenderDrawBlendMode(w->renderer_, SDL_BLENDMODE_BLEND);
   SDL_ShowWindow(w->window_);
+  if (SDL_InitSubSystem(SDL_INIT_GAMECONTROLLER) == 0)
+    w->controllers_ = std::make_unique<Controllers>();
   return w;
 }
 
 RenderWindow::~RenderWindow() {
+  // Textures and controllers go before the renderer and the window.
+  textures_.reset();
+  controllers_.reset();
   if (renderer_)
     SDL_DestroyRenderer(renderer_);
   if (window_)
     SDL_DestroyWindow(window_);
+}
+
+void RenderWindow::waitForEvents(int timeoutMs) {
+  SDL_WaitEventTimeout(nullptr, timeoutMs);
 }
 
 uint32_t RenderWindow::windowId() const {
@@ -137,13 +159,6 @@ uint32_t RenderWindow::windowId() const {
 Size RenderWindow::windowSize() const {
   int w = 0, h = 0;
   SDL_GetWindowSize(window_, &w, &h);
-  return {double(w), double(h)};
-}
-
-Size RenderWindow::pixelSize() const {
-  int w = 0, h = 0;
-  if (SDL_GetRendererOutputSize(renderer_, &w, &h) != 0)
-    SDL_GetWindowSize(window_, &w, &h);
   return {double(w), double(h)};
 }
 
@@ -174,45 +189,24 @@ void RenderWindow::setFullscreen(bool on) {
   SDL_SetWindowFullscreen(window_, on ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0);
 }
 
-void RenderWindow::present() {
-  SDL_RenderPresent(renderer_);
-}
-
-std::vector<uint8_t> RenderWindow::readPixels(int* width, int* height) const {
-  const Size px = pixelSize();
-  const int w = static_cast<int>(px.width), h = static_cast<int>(px.height);
-  std::vector<uint8_t> rgba(static_cast<size_t>(w) * h * 4);
-  if (SDL_RenderReadPixels(renderer_, nullptr, SDL_PIXELFORMAT_RGBA32, rgba.data(), w * 4) != 0) {
-    rgba.clear();
-  }
-  if (width)
-    *width = rgba.empty() ? 0 : w;
-  if (height)
-    *height = rgba.empty() ? 0 : h;
-  return rgba;
-}
-
-bool RenderWindow::saveScreenshot(const std::filesystem::path& file, std::string* error) const {
+Status RenderWindow::saveScreenshot(const std::filesystem::path& file) const {
   int w = 0, h = 0;
-  std::vector<uint8_t> rgba = readPixels(&w, &h);
-  if (rgba.empty()) {
-    fail(error, "cannot read the window's pixels");
-    return false;
-  }
+  Result<std::vector<uint8_t>> read = readPixels(w, h);
+  if (!read)
+    return Error{read.error()};
+  std::vector<uint8_t>& rgba = *read;
   // Screenshots are opaque, as the screen is.
   for (size_t i = 3; i < rgba.size(); i += 4)
     rgba[i] = 255;
   SDL_Surface* surface =
       SDL_CreateRGBSurfaceWithFormatFrom(rgba.data(), w, h, 32, w * 4, SDL_PIXELFORMAT_RGBA32);
-  if (!surface) {
-    fail(error, "cannot make a surface");
-    return false;
-  }
+  if (!surface)
+    return Error{std::string("cannot make a surface: ") + SDL_GetError()};
   const bool ok = IMG_SavePNG(surface, file.c_str()) == 0;
   SDL_FreeSurface(surface);
   if (!ok)
-    fail(error, "cannot write " + file.string());
-  return ok;
+    return Error{"cannot write " + file.string() + ": " + SDL_GetError()};
+  return {};
 }
 
 }  // namespace kit

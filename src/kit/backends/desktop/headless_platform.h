@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "kit/backends/desktop/curl_http_client.h"
 #include "kit/foundation/services.h"
 
 namespace kit {
@@ -9,7 +10,8 @@ namespace kit {
 // A complete set of platform services for tests and the headless scenario
 // runner: a manual clock, a capturing log (optionally forwarding each line),
 // preferences in a given folder, the bundle of a given resources folder, a
-// recording URL opener and default device facts. The HTTP client is real.
+// recording URL opener, default device facts and a random source seeded
+// with 1. The HTTP client is real.
 // Owns every service; services() lends them out and must not outlive it.
 class HeadlessPlatform {
  public:
@@ -30,6 +32,7 @@ class HeadlessPlatform {
   CurlHttpClient http;
   RecordingUrlOpener urlOpener;
   Device device;
+  RandomSource random;
 };
 
 }  // namespace kit

@@ -1,4 +1,4 @@
-#include "kit/foundation/http.h"
+#include "kit/backends/desktop/curl_http_client.h"
 
 #include <curl/curl.h>
 

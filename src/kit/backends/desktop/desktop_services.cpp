@@ -1,0 +1,27 @@
+#include "kit/backends/desktop/desktop_services.h"
+
+namespace kit {
+namespace {
+
+std::filesystem::path preferencesFolder(const std::filesystem::path& prefsDir) {
+  if (prefsDir.empty())
+    return UserDefaults::defaultFolder();
+  std::error_code ignored;
+  std::filesystem::create_directories(prefsDir, ignored);
+  return prefsDir;
+}
+
+}  // namespace
+
+DesktopServices::DesktopServices(const std::filesystem::path& prefsDir,
+                                 const std::filesystem::path& resourceDir)
+    : runLoop(clock),
+      defaults(preferencesFolder(prefsDir), log),
+      bundle(resourceDir, &defaults, log),
+      device(Device::detect()) {}
+
+Services DesktopServices::services() {
+  return {clock, runLoop, notifications, defaults, bundle, log, http, urlOpener, device, random};
+}
+
+}  // namespace kit

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+
+#include "kit/backends/desktop/curl_http_client.h"
+#include "kit/backends/desktop/desktop_url_opener.h"
+#include "kit/foundation/services.h"
+
+namespace kit {
+
+// The desktop's real services: the system clock, a stderr log, preferences
+// in `prefsDir` (or the per-user data folder when empty), the bundle of
+// `resourceDir`, curl, the desktop's URL opener, this machine's device facts
+// and a random source. Owns them all; services() lends them out and must not
+// outlive it. Made and used on the main thread.
+class DesktopServices {
+ public:
+  DesktopServices(const std::filesystem::path& prefsDir, const std::filesystem::path& resourceDir);
+  DesktopServices(const DesktopServices&) = delete;
+  DesktopServices& operator=(const DesktopServices&) = delete;
+
+  Services services();
+
+  // Declared in construction order: each may use those above it.
+  SystemClock clock;
+  StderrLog log;
+  RunLoop runLoop;
+  NotificationCenter notifications;
+  UserDefaults defaults;
+  Bundle bundle;
+  CurlHttpClient http;
+  DesktopUrlOpener urlOpener;
+  Device device;
+  RandomSource random;
+};
+
+}  // namespace kit
