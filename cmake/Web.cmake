@@ -44,12 +44,16 @@ set(TWINLANES_SITE_DIR "${CMAKE_SOURCE_DIR}/build/web" CACHE PATH "Where the web
 add_compile_options(-Wall -Wextra -Wpedantic -Werror)
 set(TWINLANES_RESOURCES "${CMAKE_SOURCE_DIR}/resources")
 
-# The portable modules, lowest layer first, then the browser backend and the
-# site (src/app/web) built on them.
+# The backend of this build; the portable kit links `kit_backend`.
+set(TWINLANES_BACKEND web)
+add_library(kit_backend INTERFACE)
+target_link_libraries(kit_backend INTERFACE kit_backend_web)
+
+# The portable modules, lowest layer first, the browser backend, and the
+# site (src/app/web), whose program takes the app module's portable parts.
 set(TWINLANES_WEB_MODULES
-  kit/foundation kit/scene kit/ui kit/render
-  xml ui game rating adsdk ads app
-  kit/backends/web app/web)
+  kit/foundation kit/scene kit/ui kit/render kit/backends/web
+  xml ui game rating adsdk ads app/web)
 foreach(module IN LISTS TWINLANES_WEB_MODULES)
   add_subdirectory(src/${module})
 endforeach()

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "kit/platform/frame_host.h"
+#include <cstdint>
+#include <functional>
 
 namespace kit::web {
 
@@ -10,11 +11,12 @@ namespace kit::web {
 // while frames come), never returning to its caller. A hidden page gets no
 // frames; runFrameNow() runs one at once for events that must be seen then
 // (the page going to the background). Main thread only.
-class AnimationFrameHost final : public FrameHost {
+class AnimationFrameHost {
  public:
-  void run(Frame frame) override;
-  void stop() override;
-  void setIdle(bool) override {}
+  // Returns false to stop the frames.
+  using Frame = std::function<bool(int64_t nowNanos)>;
+  void run(Frame frame);
+  void stop();
 
   void runFrameNow();
 

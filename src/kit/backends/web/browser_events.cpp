@@ -45,12 +45,14 @@ EM_BOOL onMouseDown(int, const EmscriptenMouseEvent* event, void* data) {
 
 EM_BOOL onKeyDown(int, const EmscriptenKeyboardEvent* event, void* data) {
   const PlatformKey key = keyOfCode(event->code);
-  // The browser keeps its own shortcuts (reload, the developer tools, F11).
-  if (key == PlatformKey::Other || key == PlatformKey::F11 || event->ctrlKey || event->metaKey)
+  // The browser keeps its own shortcuts (reload, the developer tools, F11)
+  // and Escape (leaving fullscreen): a page is not quit.
+  if (key == PlatformKey::Other || key == PlatformKey::F11 || key == PlatformKey::Escape ||
+      event->ctrlKey || event->metaKey)
     return EM_FALSE;
   if (!event->repeat) {
     PlatformEvent::KeyDown down;
-    down.key = static_cast<int32_t>(key);
+    down.key = key;
     down.modifiers =
         static_cast<uint16_t>((event->shiftKey ? kModShift : 0) | (event->altKey ? kModAlt : 0));
     self(data).push({down});

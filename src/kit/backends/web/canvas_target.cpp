@@ -178,10 +178,19 @@ void CanvasTarget::drawQuad(const TexturedQuad& quad) {
     sh = quad.source->size.height;
   }
   const Rect& d = quad.destination;
-  tl_target_quad(quad.texture, sx, sy, sw, sh, d.origin.x, d.origin.y, d.size.width, d.size.height,
-                 quad.rotationDegrees, quad.pivot.x, quad.pivot.y, quad.flipVertical,
-                 std::clamp(quad.alpha, 0.0, 1.0), quad.tint.red, quad.tint.green, quad.tint.blue,
-                 quad.blend == TargetBlend::None);
+  double x = d.origin.x, y = d.origin.y, w = d.size.width, h = d.size.height;
+  if (quad.rotationDegrees == 0 && !quad.flipVertical) {
+    // An unturned quad lands on whole pixels, its edges rounded.
+    const double right = std::round(x + w), bottom = std::round(y + h);
+    x = std::round(x);
+    y = std::round(y);
+    w = right - x;
+    h = bottom - y;
+  }
+  // Turned about the destination's centre.
+  tl_target_quad(quad.texture, sx, sy, sw, sh, x, y, w, h, quad.rotationDegrees, w / 2, h / 2,
+                 quad.flipVertical, std::clamp(quad.alpha, 0.0, 1.0), quad.tint.red,
+                 quad.tint.green, quad.tint.blue, quad.blend == TargetBlend::None);
 }
 
 void CanvasTarget::setClip(const std::optional<Rect>& rect) {

@@ -1,6 +1,9 @@
 #pragma once
 
-#include "kit/platform/preference_store.h"
+#include <string>
+#include <string_view>
+
+#include "kit/foundation/result.h"
 
 namespace kit::web {
 
@@ -8,13 +11,13 @@ namespace kit::web {
 // (setItem replaces it in one step, so a reader never sees half a document).
 // Private browsing or a full quota makes save() fail with the reason.
 // Main thread only.
-class LocalStoragePreferences final : public PreferenceStore {
+class LocalStoragePreferences {
  public:
   static constexpr const char* kItem = "twinlanes.preferences";
 
-  Result<std::string> load() override;
-  Status save(std::string_view document) override;
-  std::string location() const override;
+  Result<std::string> load();
+  Status save(std::string_view document);
+  std::string location() const;
 };
 
 }  // namespace kit::web

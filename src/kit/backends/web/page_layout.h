@@ -18,6 +18,8 @@ class PageLayout {
   // A point in the canvas element's CSS pixels as content points.
   Point toContent(double cssX, double cssY) const;
   Size content() const { return content_; }
+  // CSS pixels per content point, as apply() last chose it.
+  double cssScale() const { return cssScale_; }
   void setContent(Size content) { content_ = content; }
 
  private:

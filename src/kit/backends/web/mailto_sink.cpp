@@ -1,8 +1,7 @@
-#include "kit/backends/web/mailto_hand_off.h"
+#include "kit/backends/web/mailto_sink.h"
 
 #include <cstdio>
 
-#include "kit/foundation/run_loop.h"
 #include "kit/foundation/url_opener.h"
 
 namespace kit::web {
@@ -40,30 +39,20 @@ std::string crlf(std::string_view text) {
 
 }  // namespace
 
-std::string MailtoHandOff::linkOf(const MailMessage& message) {
+std::string MailtoSink::linkOf(const MailMessage& mail) {
   std::string link = "mailto:";
-  for (size_t i = 0; i < message.to.size(); ++i) {
+  for (size_t i = 0; i < mail.toRecipients.size(); ++i) {
     if (i > 0)
       link += ',';
-    link += percentEncoded(message.to[i]);
+    link += percentEncoded(mail.toRecipients[i]);
   }
-  link += "?subject=" + percentEncoded(message.subject);
-  link += "&body=" + percentEncoded(crlf(message.body));
+  link += "?subject=" + percentEncoded(mail.subject);
+  link += "&body=" + percentEncoded(crlf(mail.body));
   return link;
 }
 
-void MailtoHandOff::probeAvailability(std::function<void(bool available)> done) {
-  if (loop_ == nullptr) {
-    done(true);
-    return;
-  }
-  loop_->post([done = std::move(done)] { done(true); });
-}
-
-Status MailtoHandOff::handOff(const MailMessage& message) {
-  if (!opener_.openURL(linkOf(message)))
-    return Error{"the browser refused the mailto: link"};
-  return {};
+bool MailtoSink::send(const MailMessage& mail) {
+  return opener_.openURL(linkOf(mail));
 }
 
 }  // namespace kit::web
