@@ -10,8 +10,7 @@ EM_JS(void, tl_open_url, (const char* url, bool inPlace), {
   const target = UTF8ToString(url);
   (Module.twinlanesOpened || (Module.twinlanesOpened = [])).push(target);
   if (typeof window === 'undefined') return;
-  if (inPlace) window.location.href = target;
-  else window.open(target, '_blank', 'noopener');
+  window.open(target, inPlace ? '_self' : '_blank', 'noopener');
 });
 // clang-format on
 

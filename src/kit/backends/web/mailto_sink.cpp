@@ -1,6 +1,8 @@
 #include "kit/backends/web/mailto_sink.h"
 
+#include <cctype>
 #include <cstdio>
+#include <utility>
 
 #include "kit/foundation/url_opener.h"
 
@@ -37,6 +39,45 @@ std::string crlf(std::string_view text) {
   return out;
 }
 
+// An HTML body as the plain text a mailto: link carries: line breaks for
+// <br> and the ends of paragraphs and divisions, other tags dropped, the
+// common entities decoded.
+std::string plainText(std::string_view html) {
+  std::string out;
+  for (size_t i = 0; i < html.size();) {
+    if (html[i] == '<') {
+      const size_t end = html.find('>', i);
+      if (end == std::string_view::npos)
+        break;
+      std::string tag(html.substr(i + 1, end - i - 1));
+      for (char& c : tag)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+      if (tag.rfind("br", 0) == 0 || tag == "/p" || tag == "/div")
+        out += '\n';
+      i = end + 1;
+      continue;
+    }
+    if (html[i] == '&') {
+      static constexpr std::pair<std::string_view, char> kEntities[] = {
+          {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&#39;", '\''},
+          {"&nbsp;", ' '}};
+      bool decoded = false;
+      for (const auto& [name, c] : kEntities) {
+        if (html.substr(i, name.size()) == name) {
+          out += c;
+          i += name.size();
+          decoded = true;
+          break;
+        }
+      }
+      if (decoded)
+        continue;
+    }
+    out += html[i++];
+  }
+  return out;
+}
+
 }  // namespace
 
 std::string MailtoSink::linkOf(const MailMessage& mail) {
@@ -47,7 +88,7 @@ std::string MailtoSink::linkOf(const MailMessage& mail) {
     link += percentEncoded(mail.toRecipients[i]);
   }
   link += "?subject=" + percentEncoded(mail.subject);
-  link += "&body=" + percentEncoded(crlf(mail.body));
+  link += "&body=" + percentEncoded(crlf(mail.isHTML ? plainText(mail.body) : mail.body));
   return link;
 }
 
