@@ -32,7 +32,6 @@ set_target_properties(nlohmann_json::nlohmann_json PROPERTIES
 add_library(CLI11::CLI11 INTERFACE IMPORTED)
 set_target_properties(CLI11::CLI11 PROPERTIES
   INTERFACE_INCLUDE_DIRECTORIES "${TWINLANES_HOST_HEADERS}")
-add_library(Threads::Threads INTERFACE IMPORTED)
 
 # nlohmann-json throws on bad input: exceptions on at compile and link time.
 add_compile_options(-fexceptions)

@@ -158,6 +158,27 @@ describe('on a phone', () => {
   });
 });
 
+describe('installed', () => {
+  test('starts offline once the first visit has cached the site', async () => {
+    const page = await openGame(await fresh(), server.url);
+    await page.waitForFunction(async () => {
+      const registration = await navigator.serviceWorker.getRegistration();
+      const keys = await caches.keys();
+      return registration?.active && keys.length > 0 &&
+        (await (await caches.open(keys[0])).keys()).length >= 9;
+    }, { timeout: 15000 });
+    const manifest = await page.evaluate(async () =>
+      (await fetch(document.querySelector('link[rel=manifest]').href)).json());
+    assert.equal(manifest.orientation, 'portrait');
+    await page.setOfflineMode(true);
+    await page.reload({ waitUntil: 'domcontentloaded' });
+    await page.waitForFunction(() => window.twinlanes?.ready, { timeout: 15000 });
+    assert.equal((await dump(page)).layers.home, 1);
+    await page.setOfflineMode(false);
+    await page.close();
+  });
+});
+
 describe('the rating prompt', () => {
   // A first launch, then one an hour later, where the prompt comes; `row` is
   // the button's distance below the scene's top, in points.

@@ -41,7 +41,8 @@ class WebServices {
 
   Services services();
   // Writes the preferences file to localStorage if it changed since the
-  // last call (or the start). Cheap when nothing changed: one stat.
+  // last call (or the start): a stat and, at an unchanged size, a read of
+  // the small file.
   void mirrorPreferences();
 
  private:
