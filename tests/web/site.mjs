@@ -49,7 +49,7 @@ export async function launch() {
     executablePath: chromium,
     headless: true,
     userDataDir: profile,
-    args: ['--no-sandbox', '--disable-gpu', '--disable-background-networking',
+    args: ['--no-sandbox', '--disable-gpu', '--disable-dev-shm-usage', '--disable-background-networking',
       '--disable-component-update', '--disable-sync', '--no-first-run',
       '--disable-background-timer-throttling', '--disable-renderer-backgrounding'],
   });
