@@ -134,6 +134,27 @@ describe('on a phone', () => {
     await page.close();
   });
 
+  test('a hidden page pauses the run, and it goes on when shown again', async () => {
+    const page = await openGame(await fresh(), server.url, { query: 'seed=3&autoplay' });
+    await tapScene(page, W / 2, H / 2);
+    await until(page, (s) => s.startFlag && s.obstacles.length > 0, 'obstacles on the road');
+    const hide = (hidden) => page.evaluate((hidden) => {
+      Object.defineProperty(document, 'hidden', { configurable: true, get: () => hidden });
+      Object.defineProperty(document, 'visibilityState', { configurable: true,
+        get: () => (hidden ? 'hidden' : 'visible') });
+      document.dispatchEvent(new Event('visibilitychange'));
+    }, hidden);
+    const road = async () => JSON.stringify((await dump(page)).obstacles.map((o) => o.y));
+    await hide(true);
+    const before = await road();
+    await frames(page, 30);
+    assert.equal(await road(), before, 'nothing moves while hidden');
+    await hide(false);
+    await frames(page, 30);
+    assert.notEqual(await road(), before, 'the run goes on');
+    await page.close();
+  });
+
   test('every second game over shows an interstitial that closes', async () => {
     const page = await openGame(await fresh(), server.url, { query: 'seed=7' });
     await tapScene(page, W / 2, H / 2);

@@ -75,6 +75,14 @@ void WebGame::run() {
 }
 
 bool WebGame::frame() {
+  kit::web::WebWindow* window = windows_.window();
+  if (window && !window->isVisible()) {
+    // A hidden page: nothing runs (the lifecycle's background), as on a
+    // minimised desktop window; only its events are read.
+    application_->pollEvents();
+    services_.mirrorPreferences();
+    return true;
+  }
   const auto start = std::chrono::steady_clock::now();
   application_->runFrame();
   services_.mirrorPreferences();

@@ -14,7 +14,7 @@ namespace kit::web {
 // own alpha through destination-in) and kept with the texture. The browser
 // shows the canvas when the animation frame returns, so present() only
 // closes the frame. The backing store is the canvas's CSS size times the
-// device pixel ratio (see BrowserEvents, which sizes it). Main thread only.
+// device pixel ratio (PageLayout sizes it). Main thread only.
 class CanvasTarget final : public RenderTarget {
  public:
   CanvasTarget();
