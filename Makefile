@@ -1,6 +1,7 @@
 # The two commands of the README's quick start.
 #   make run   installs what is missing, builds the release preset, starts the game
-#   make test  installs what is missing, builds the sanitizer preset, runs every test
+#   make test  installs what is missing, builds the sanitizer preset and the
+#              browser build, runs every test (the browser's too)
 .PHONY: run test setup bench format
 
 ARGS ?=
@@ -13,9 +14,9 @@ run: setup
 	@cmake --build --preset release
 	@scripts/run-game $(ARGS)
 
-test: setup
+test: setup web
 	@scripts/check-layering
-	@cmake --preset asan >/dev/null
+	@cmake --preset asan -DTWINLANES_WEB_TESTS=ON >/dev/null
 	@cmake --build --preset asan
 	@scripts/run-tests asan
 
