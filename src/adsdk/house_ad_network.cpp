@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "adsdk/creative_source.h"
+#include "kit/foundation/assert.h"
 
 namespace {
 
@@ -135,6 +136,10 @@ struct HouseAdNetwork::Worker {
   bool inline_ = false;
 };
 
+void HouseAdNetwork::checkMainThread() const {
+  KIT_ASSERT(services_.runLoop.isMainThread(), "the ad network is used on the main thread only");
+}
+
 HouseAdNetwork::HouseAdNetwork(const kit::Services& services, Options options)
     : services_(services), options_(std::move(options)), shared_(std::make_shared<Shared>()) {
   shared_->owner = this;
@@ -177,6 +182,7 @@ void HouseAdNetwork::setAnswer(Answer answer, double slowSeconds) {
 }
 
 void HouseAdNetwork::requestAd(const AdSlot& slot, Completion done) {
+  checkMainThread();
   const uint64_t id = nextId_++;
   Pending pending;
   pending.format = slot.format;
@@ -228,6 +234,7 @@ void HouseAdNetwork::requestAd(const AdSlot& slot, Completion done) {
 }
 
 void HouseAdNetwork::deliverIfReady(uint64_t id) {
+  checkMainThread();
   auto it = shared_->pending.find(id);
   if (it == shared_->pending.end()) {
     // Answered already (a deterministic wait gave up): drop the late load.
@@ -270,12 +277,14 @@ void HouseAdNetwork::deliverIfReady(uint64_t id) {
 }
 
 void HouseAdNetwork::openClickThrough(const AdCreative& creative) {
+  checkMainThread();
   ++clicks_;
   if (!services_.urlOpener.openURL(creative.clickURL))
     services_.log.write("ad page not opened: " + creative.clickURL);
 }
 
 void HouseAdNetwork::recordImpression(AdFormat format, const AdCreative&) {
+  checkMainThread();
   ++impressions_[format];
 }
 

@@ -24,7 +24,7 @@
 // Borrows the services (which outlive it); owned by whoever sets the ads up
 // (views hold it weakly). Destroying it drops pending answers unrun and never
 // waits: a load in flight finishes on the worker and is thrown away (quitting
-// does not wait for a download). Main thread only.
+// does not wait for a download). Main thread only (checked in debug builds).
 class HouseAdNetwork final : public AdNetwork {
  public:
   enum class Answer { Fill, Fail, Slow };
@@ -73,6 +73,8 @@ class HouseAdNetwork final : public AdNetwork {
   struct Pending;
 
   void deliverIfReady(uint64_t id);
+  // Debug builds stop a call from any thread but the run loop's.
+  void checkMainThread() const;
 
   kit::Services services_;
   Options options_;

@@ -1,6 +1,7 @@
 #include "app/game_application.h"
 
 #include "kit/scene/frame_driver.h"
+#include "ui/view_toast.h"
 
 GameApplication::GameApplication(Options options, HostServices& host)
     : ownServices_(std::make_unique<kit::DesktopServices>(options.application.prefsDir,
@@ -16,8 +17,13 @@ GameApplication::GameApplication(Options options, HostServices& host, const kit:
   wire(options, host, services);
 }
 
+GameApplication::~GameApplication() {
+  setToastLog(previousToastLog_);
+}
+
 void GameApplication::wire(const Options& options, HostServices& host,
                            const kit::Services& services) {
+  previousToastLog_ = setToastLog(&services.log);
   autoplay_ = options.autoplay;
   const std::optional<unsigned> seed = options.seed;
   application_->registerViewControllerClass("ViewController", [this, &host, services, seed] {

@@ -32,6 +32,10 @@ class GameApplication {
   GameApplication(Options options, HostServices& host);
   // With borrowed services (scripted runs on a manual clock).
   GameApplication(Options options, HostServices& host, const kit::Services& services);
+  // Puts back the toast log that was installed before.
+  ~GameApplication();
+  GameApplication(const GameApplication&) = delete;
+  GameApplication& operator=(const GameApplication&) = delete;
 
   // See kit::Application::launch.
   bool launch(std::string* error);
@@ -58,4 +62,5 @@ class GameApplication {
   std::shared_ptr<ViewController> controller_;
   Autoplayer autoplayer_;
   bool autoplay_ = false;
+  kit::Log* previousToastLog_ = nullptr;  // the toasts write to the services' log meanwhile
 };

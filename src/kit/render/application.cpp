@@ -92,10 +92,9 @@ Status Application::launch() {
   const std::filesystem::path file = options_.layoutFile.empty()
                                          ? options_.resourceDir / "layout" / "main.json"
                                          : options_.layoutFile;
-  std::string error;
-  std::optional<InterfaceLayout> layout = InterfaceLayout::load(file, &error);
+  Result<InterfaceLayout> layout = InterfaceLayout::load(file);
   if (!layout)
-    return Error{error};
+    return Error{layout.error()};
   const DeviceProfile* named = layout->profile(options_.profile);
   if (!named)
     return Error{"unknown device profile \"" + options_.profile + "\""};
@@ -123,9 +122,10 @@ Status Application::launch() {
   }
 
   services_.device.userInterfaceIdiom = profile.idiom;
-  instance_ = layout->instantiate(profile, classes_, &error);
-  if (!instance_)
-    return Error{error};
+  Result<InterfaceLayout::Instance> made = layout->instantiate(profile, classes_);
+  if (!made)
+    return Error{made.error()};
+  instance_.emplace(std::move(*made));
   updateScreen();
 
   delegate_->setWindow(instance_->window);

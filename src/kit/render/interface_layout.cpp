@@ -283,13 +283,10 @@ struct Builder {
 
 }  // namespace
 
-std::optional<InterfaceLayout> InterfaceLayout::parse(std::string_view text, std::string* error) {
+Result<InterfaceLayout> InterfaceLayout::parse(std::string_view text) {
   const json doc = json::parse(text, nullptr, false);
-  if (doc.is_discarded()) {
-    if (error)
-      *error = "layout: not valid JSON";
-    return std::nullopt;
-  }
+  if (doc.is_discarded())
+    return Error{"layout: not valid JSON"};
   try {
     if (!doc.is_object())
       fail("layout", "expected an object");
@@ -311,27 +308,20 @@ std::optional<InterfaceLayout> InterfaceLayout::parse(std::string_view text, std
     layout.root_ = controller(window["rootViewController"], "window.rootViewController", 0);
     return layout;
   } catch (const LayoutError& e) {
-    if (error)
-      *error = std::string("layout: ") + e.what();
+    return Error{std::string("layout: ") + e.what()};
   } catch (const json::exception& e) {
-    if (error)
-      *error = std::string("layout: ") + e.what();
+    return Error{std::string("layout: ") + e.what()};
   }
-  return std::nullopt;
 }
 
-std::optional<InterfaceLayout> InterfaceLayout::load(const std::filesystem::path& file,
-                                                     std::string* error) {
+Result<InterfaceLayout> InterfaceLayout::load(const std::filesystem::path& file) {
   std::error_code ec;
   const auto bytes = std::filesystem::file_size(file, ec);
-  if (ec || bytes > kLargestFile) {
-    if (error)
-      *error = "layout: cannot read " + file.string();
-    return std::nullopt;
-  }
+  if (ec || bytes > kLargestFile)
+    return Error{"layout: cannot read " + file.string()};
   std::ifstream in(file, std::ios::binary);
   const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  return parse(text, error);
+  return parse(text);
 }
 
 const DeviceProfile* InterfaceLayout::profile(std::string_view name) const {
@@ -342,17 +332,15 @@ const DeviceProfile* InterfaceLayout::profile(std::string_view name) const {
   return nullptr;
 }
 
-std::optional<InterfaceLayout::Instance> InterfaceLayout::instantiate(
-    const DeviceProfile& profile, const ControllerClasses& classes, std::string* error) const {
+Result<InterfaceLayout::Instance> InterfaceLayout::instantiate(
+    const DeviceProfile& profile, const ControllerClasses& classes) const {
   Instance out;
   out.profile = profile;
   try {
     Builder builder{profile, classes, out, out.windowViews_};
     out.rootViewController = builder.make(root_, "window.rootViewController");
   } catch (const LayoutError& e) {
-    if (error)
-      *error = std::string("layout: ") + e.what();
-    return std::nullopt;
+    return Error{std::string("layout: ") + e.what()};
   }
   out.window = std::make_shared<Window>(profile.window());
   if (windowColor_)

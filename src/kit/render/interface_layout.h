@@ -12,6 +12,7 @@
 #include "kit/foundation/color.h"
 #include "kit/foundation/device.h"
 #include "kit/foundation/geometry.h"
+#include "kit/foundation/result.h"
 
 namespace kit {
 
@@ -54,8 +55,8 @@ class InterfaceLayout {
   using ControllerClasses = std::map<std::string, ControllerFactory, std::less<>>;
 
   // nullopt and a one-line reason when the text is not a usable layout.
-  static std::optional<InterfaceLayout> parse(std::string_view json, std::string* error);
-  static std::optional<InterfaceLayout> load(const std::filesystem::path& file, std::string* error);
+  [[nodiscard]] static Result<InterfaceLayout> parse(std::string_view json);
+  [[nodiscard]] static Result<InterfaceLayout> load(const std::filesystem::path& file);
 
   const std::vector<DeviceProfile>& profiles() const { return profiles_; }
   // The profile of that name, or nullptr.
@@ -83,8 +84,8 @@ class InterfaceLayout {
   // Builds the window and controllers for `profile`. Controllers of classes
   // other than the built-in NavigationController come from `classes`; an
   // unknown class is an error.
-  std::optional<Instance> instantiate(const DeviceProfile& profile,
-                                      const ControllerClasses& classes, std::string* error) const;
+  [[nodiscard]] Result<Instance> instantiate(const DeviceProfile& profile,
+                                             const ControllerClasses& classes) const;
 
   // The parsed form (public so the loader's helpers can fill it).
   struct FrameSpec {

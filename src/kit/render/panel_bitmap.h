@@ -34,8 +34,8 @@ struct PanelBitmap {
   std::vector<uint8_t> rgba;
 };
 
-// Rasterises `style` at `scale` pixels per point (Cairo, antialiased). An
-// empty or absurd size gives an empty bitmap.
+// Rasterises `style` at `scale` pixels per point, antialiased (defined by the
+// backend). An empty or absurd size gives an empty bitmap.
 PanelBitmap rasterizePanel(const PanelStyle& style, double scale);
 
 // A spinner of `spokes` rounded spokes in a square of `side` points, the
@@ -43,8 +43,8 @@ PanelBitmap rasterizePanel(const PanelStyle& style, double scale);
 // so that turning the bitmap clockwise shows the bright spoke leading.
 PanelBitmap rasterizeSpinner(double side, double scale, Color color, int spokes);
 
-// Turns premultiplied ARGB32 (native-endian words, as Cairo stores them)
-// into straight RGBA bytes. `stride` is in bytes.
+// Turns premultiplied ARGB32 (native-endian words, as the desktop's drawing
+// library stores them) into straight RGBA bytes. `stride` is in bytes.
 void unpremultiply(const uint8_t* argb, int width, int height, int stride, uint8_t* rgbaOut);
 
 }  // namespace kit

@@ -8,8 +8,8 @@ namespace kit {
 // Where the application's window content (a fixed size in points) lands in a
 // desktop window of any size: one uniform scale, centred, with bars on the
 // sides that do not match (letterbox). Three spaces meet here: points (the
-// view tree), window coordinates (what SDL reports for the mouse and the
-// window size) and pixels (the drawable; more than window coordinates on a
+// view tree), window coordinates (what the platform reports for the mouse and
+// the window size) and pixels (the drawable; more than window coordinates on a
 // HiDPI desktop). Plain value.
 struct Viewport {
   Size content{320, 568};  // points

@@ -51,10 +51,11 @@ struct TextBitmap {
   std::vector<uint8_t> rgba;
 };
 
-// One laid-out TextBlock (Pango with the real fonts). Measuring and drawing
-// use the same layout, with unhinted metrics, so text drawn at any scale
-// covers exactly the measured size. Main thread only; the first layout of a
-// process loads fontconfig (about 10 ms).
+// One laid-out TextBlock with the platform's fonts; defined by the backend
+// (the desktop's with Pango). Measuring and drawing use the same layout, with
+// unhinted metrics, so text drawn at any scale covers exactly the measured
+// size. Main thread only; the desktop's first layout of a process loads
+// fontconfig (about 10 ms).
 class TextLayout {
  public:
   explicit TextLayout(TextBlock block);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace kit {
 namespace {
 
@@ -78,6 +80,24 @@ TEST_F(RunLoopTest, OneShotsAndPostedTasksRunOnceAndWorkAddedDuringAPassWaits) {
   EXPECT_EQ(fired, 1);
   advance(500 * kMs);
   EXPECT_EQ(fired, 1);
+}
+
+// Posting is the one call other threads may make; the rest belong to the
+// loop's own thread, and debug builds stop a caller from anywhere else.
+TEST_F(RunLoopTest, OtherThreadsMayPostButNotRunOrScheduleInDebugBuilds) {
+  std::thread([this] { loop.post([this] { ++fired; }); }).join();
+  loop.runOnce();
+  EXPECT_EQ(fired, 1);
+#ifdef NDEBUG
+  GTEST_SKIP() << "release builds leave the thread check out";
+#else
+  EXPECT_DEATH(std::thread([this] { loop.runOnce(); }).join(), "called off its owning thread");
+  EXPECT_DEATH(std::thread([this] {
+                 loop.scheduledTimer(
+                     1, [] {}, false);
+               }).join(),
+               "called off its owning thread");
+#endif
 }
 
 }  // namespace

@@ -29,9 +29,8 @@ class ProbeController : public ViewController, public OutletTarget {
 class LayoutTest : public ::testing::Test {
  protected:
   InterfaceLayout mainLayout() {
-    std::string error;
-    auto layout = InterfaceLayout::load(TWINLANES_RESOURCES "/layout/main.json", &error);
-    EXPECT_TRUE(layout) << error;
+    auto layout = InterfaceLayout::load(TWINLANES_RESOURCES "/layout/main.json");
+    EXPECT_TRUE(layout) << layout.error();
     return *layout;
   }
   InterfaceLayout::ControllerClasses classes() {
@@ -42,8 +41,8 @@ class LayoutTest : public ::testing::Test {
   }
   // The reason `json` is refused, or "" when it is accepted.
   static std::string refusal(const std::string& json) {
-    std::string error;
-    return InterfaceLayout::parse(json, &error) ? "" : error;
+    auto parsed = InterfaceLayout::parse(json);
+    return parsed ? "" : parsed.error();
   }
   std::shared_ptr<ProbeController> probe;
 };
@@ -59,9 +58,8 @@ TEST_F(LayoutTest, TheMainLayoutHasAPhoneAndAPadWithTheSceneOverTheBannerStrip) 
   EXPECT_EQ(layout.profile("watch"), nullptr);
 
   // On the phone the sprite view is the scene's area and the banner strip lies under it.
-  std::string error;
-  auto app = layout.instantiate(*phone, classes(), &error);
-  ASSERT_TRUE(app) << error;
+  auto app = layout.instantiate(*phone, classes());
+  ASSERT_TRUE(app) << app.error();
   app->install();
   auto nav = std::dynamic_pointer_cast<NavigationController>(app->window->rootViewController());
   ASSERT_TRUE(nav);
@@ -82,9 +80,8 @@ TEST_F(LayoutTest, TheMainLayoutHasAPhoneAndAPadWithTheSceneOverTheBannerStrip) 
 TEST_F(LayoutTest, ControllersFindTheirOutletsAndTheSceneSizeWhenTheirViewLoads) {
   DeviceProfile pad = *mainLayout().profile("pad");
   pad.scene = {600, 800};  // a size given on the command line
-  std::string error;
-  auto app = mainLayout().instantiate(pad, classes(), &error);
-  ASSERT_TRUE(app) << error;
+  auto app = mainLayout().instantiate(pad, classes());
+  ASSERT_TRUE(app) << app.error();
   app->install();
   EXPECT_EQ(probe->loadedWithSize, (Size{600, 800}));
   EXPECT_TRUE(probe->adViewAtLoad);
@@ -113,12 +110,14 @@ TEST_F(LayoutTest, BrokenFilesAndUnknownClassesAreRefusedWithThePlaceOfTheFault)
   for (const auto& [json, reason] : cases)
     EXPECT_NE(refusal(json).find(reason), std::string::npos) << json << " -> " << refusal(json);
 
-  std::string error;
-  EXPECT_FALSE(InterfaceLayout::load("/nonexistent/main.json", &error));
-  EXPECT_NE(error.find("cannot read"), std::string::npos);
-  EXPECT_FALSE(mainLayout().instantiate(*mainLayout().profile("phone"), {}, &error));
-  EXPECT_NE(error.find("unknown view controller class \"ViewController\""), std::string::npos)
-      << error;
+  auto missing = InterfaceLayout::load("/nonexistent/main.json");
+  EXPECT_FALSE(missing);
+  EXPECT_NE(missing.error().find("cannot read"), std::string::npos);
+  auto unknown = mainLayout().instantiate(*mainLayout().profile("phone"), {});
+  EXPECT_FALSE(unknown);
+  EXPECT_NE(unknown.error().find("unknown view controller class \"ViewController\""),
+            std::string::npos)
+      << unknown.error();
 }
 
 }  // namespace

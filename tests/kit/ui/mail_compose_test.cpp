@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <thread>
+
 #include "kit/backends/desktop/desktop_mail_sink.h"
 #include "kit/foundation/log.h"
 #include "kit/ui/mail_compose_view_controller.h"
@@ -75,6 +78,17 @@ TEST_F(ProbeTest, MailIsAvailableOnlyWhenTheDesktopNamesAHandlerInTime) {
   const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(availableWith({"sleep", "30"}, std::chrono::milliseconds(200)));
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+TEST_F(ProbeTest, TheProbeStartsWithTheSinkSoMakingItNeverWaitsForTheChild) {
+  const auto start = std::chrono::steady_clock::now();
+  DesktopMailSink sink(opener, log, {"sh", "-c", "sleep 0.5; echo mail-client.desktop"},
+                       std::chrono::seconds(5));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
+  std::this_thread::sleep_for(std::chrono::milliseconds(800));  // frames go on meanwhile
+  const auto asked = std::chrono::steady_clock::now();
+  EXPECT_TRUE(sink.canSendMail());
+  EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::milliseconds(300));
 }
 
 TEST_F(ProbeTest, TheAnswerIsKeptAndMailGoesToTheOpener) {
