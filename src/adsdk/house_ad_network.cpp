@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -93,11 +94,26 @@ struct HouseAdNetwork::Worker {
   }
 
   void post(std::function<void(CreativeSource&)> job) {
-    std::lock_guard<std::mutex> lock(state->mutex);
-    state->jobs.push_back(std::move(job));
-    if (!thread.joinable())
-      thread = std::thread([s = state] { run(*s); });
-    state->wake.notify_one();
+    {
+      std::lock_guard<std::mutex> lock(state->mutex);
+      if (!inline_) {
+        state->jobs.push_back(std::move(job));
+        try {
+          if (!thread.joinable())
+            thread = std::thread([s = state] { run(*s); });
+          state->wake.notify_one();
+          return;
+        } catch (const std::system_error&) {
+          // A platform without threads (the browser): from now on creatives
+          // load where they are asked for, and the answers still wait
+          // for their delay on the run loop.
+          inline_ = true;
+          job = std::move(state->jobs.back());
+          state->jobs.clear();
+        }
+      }
+    }
+    job(*state->source);
   }
 
   static void run(State& s) {
@@ -119,6 +135,7 @@ struct HouseAdNetwork::Worker {
 
   std::shared_ptr<State> state;
   std::thread thread;
+  bool inline_ = false;
 };
 
 void HouseAdNetwork::checkMainThread() const {

@@ -21,6 +21,7 @@
 #include "app/host_services.h"
 #include "app/scenario_runner.h"
 #include "app/script_launches.h"
+#include "kit/backends/desktop/desktop_mail_sink.h"
 #include "kit/backends/desktop/headless_platform.h"
 #include "kit/backends/desktop/render_window.h"
 #include "kit/foundation/preferred_languages.h"
@@ -231,7 +232,9 @@ int runGame(const Flags& flags) {
     sayNoDisplay(why);
     return 1;
   }
-  GameAds ads;
+  GameAds ads([](const kit::Services& services) -> std::unique_ptr<kit::MailSink> {
+    return std::make_unique<kit::DesktopMailSink>(services.urlOpener, services.log);
+  });
   GameApplication game(options, ads);
   if (sayPrefsInUse(game.application().services().defaults))
     return 1;

@@ -2,7 +2,6 @@
 
 #include "ads/admob_view_controller.h"
 #include "app/view_controller.h"
-#include "kit/backends/desktop/desktop_mail_sink.h"
 
 namespace {
 
@@ -31,10 +30,10 @@ void GameAds::start(const kit::Services& services, bool scripted) {
   HouseAdNetwork::Options options = HouseAdNetwork::optionsFromBundle(services.bundle);
   options.deterministic = scripted;
   network_ = std::make_shared<HouseAdNetwork>(services, options);
-  // A script's mail is kept across its launches; the desktop's sink borrows
-  // this launch's opener and log.
-  if (!scripted)
-    mailSink_ = std::make_unique<kit::DesktopMailSink>(services.urlOpener, services.log);
+  // A script's mail is kept across its launches; the backend's sink borrows
+  // this launch's services.
+  if (!scripted && realMail_)
+    mailSink_ = realMail_(services);
   else if (!recordedMail())
     mailSink_ = std::make_unique<kit::RecordingMailSink>();
   // The shared instance is made once per process on first use; a later

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -19,7 +20,11 @@
 // Main thread only.
 class GameAds final : public HostServices {
  public:
-  GameAds() = default;
+  // Makes the mail sink of a real (unscripted) run: the backend's hand-off to
+  // the mail program, chosen by the program. Without one, real runs record
+  // mail as scripted runs do.
+  using MailSinkFactory = std::function<std::unique_ptr<kit::MailSink>(const kit::Services&)>;
+  explicit GameAds(MailSinkFactory realMail = {}) : realMail_(std::move(realMail)) {}
   ~GameAds() override;
   GameAds(const GameAds&) = delete;
   GameAds& operator=(const GameAds&) = delete;
@@ -55,6 +60,7 @@ class GameAds final : public HostServices {
 
  private:
   std::shared_ptr<HouseAdNetwork> network_;
+  MailSinkFactory realMail_;
   std::unique_ptr<kit::MailSink> mailSink_;
   bool startedBefore_ = false;
 };

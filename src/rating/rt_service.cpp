@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <limits>
 
 #include "names/preference_keys.h"
@@ -21,9 +23,35 @@ float floatValueOf(std::string_view text) {
     text.remove_prefix(1);
   if (!text.empty() && text.front() == '+')
     text.remove_prefix(1);
-  float value = 0;
-  const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return ec == std::errc() ? value : 0;
+  // A decimal number's text ([-]digits[.digits][e[+-]digits]) read by strtof
+  // in the C locale; from_chars for floats is missing from older libc++.
+  size_t n = 0;
+  const auto digits = [&] {
+    const size_t from = n;
+    while (n < text.size() && std::isdigit(static_cast<unsigned char>(text[n])))
+      ++n;
+    return n > from;
+  };
+  if (n < text.size() && text[n] == '-')
+    ++n;
+  bool any = digits();
+  if (n < text.size() && text[n] == '.') {
+    ++n;
+    any = digits() || any;
+  }
+  if (!any)
+    return 0;
+  if (n < text.size() && (text[n] == 'e' || text[n] == 'E')) {
+    const size_t mantissaEnd = n++;
+    if (n < text.size() && (text[n] == '+' || text[n] == '-'))
+      ++n;
+    if (!digits())
+      n = mantissaEnd;
+  }
+  const std::string number(text.substr(0, n));
+  errno = 0;
+  const float value = std::strtof(number.c_str(), nullptr);
+  return errno == ERANGE ? 0 : value;
 }
 
 // A host name from the publisher config, or empty when it is not one.

@@ -31,11 +31,13 @@ std::string utcStamp(std::chrono::system_clock::time_point now) {
 // Renames without replacing what is there; false with errno EEXIST when the
 // name is taken.
 bool renameNoReplace(const fs::path& from, const fs::path& to) {
+#ifdef RENAME_NOREPLACE
   if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
     return true;
   if (errno != EINVAL && errno != ENOSYS)
     return false;
-  // A file system without the flag: check, then rename.
+#endif
+  // A system or file system without the flag: check, then rename.
   std::error_code ec;
   if (fs::symlink_status(to, ec).type() != fs::file_type::not_found) {
     errno = EEXIST;

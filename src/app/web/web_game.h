@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/app_delegate.h"
+#include "app/game_ads.h"
+#include "app/view_controller.h"
+#include "game/autoplayer.h"
+#include "kit/backends/web/animation_frame_host.h"
+#include "kit/backends/web/web_services.h"
+#include "kit/backends/web/web_window_system.h"
+#include "kit/render/application.h"
+
+// The game in the page: the browser backend's services and window, the
+// layout's host controller and AppDelegate in a kit::Application, the ads
+// with the mailto: sink, and frames from requestAnimationFrame. Preferences
+// reach localStorage after every frame that changed them. The page's tools
+// (window.twinlanes) read dump() and stats(). Lives as long as the page;
+// main thread only.
+class WebGame {
+ public:
+  struct Options {
+    std::optional<unsigned> seed;
+    std::string device = "phone";
+    std::optional<std::string> language;
+    bool autoplay = false;
+  };
+
+  explicit WebGame(Options options);
+  ~WebGame();
+  WebGame(const WebGame&) = delete;
+  WebGame& operator=(const WebGame&) = delete;
+
+  // Launches the application; false with the reason in `error`.
+  bool launch(std::string* error);
+  // Hands frames to the browser; returns at once, frames come later.
+  void run();
+
+  // The state as the scenario command `dump` prints it (scene, ads, alert,
+  // toasts, language, opened URLs), as JSON.
+  std::string dump() const;
+  // Frames drawn and the milliseconds spent in wasm per frame since the last
+  // reset, as JSON.
+  std::string stats() const;
+  void resetStats();
+  void setAutoplay(bool on) { autoplay_ = on; }
+
+ private:
+  bool frame();
+  std::optional<kit::Point> primaryButton() const;
+  std::shared_ptr<GameScene> scene() const;
+
+  Options options_;
+  kit::web::WebServices services_;
+  kit::web::WebWindowSystem windows_;
+  GameAds ads_;
+  std::shared_ptr<AppDelegate> delegate_ = std::make_shared<AppDelegate>();
+  std::unique_ptr<kit::Application> application_;
+  std::shared_ptr<ViewController> controller_;
+  kit::web::AnimationFrameHost frames_;
+  Autoplayer autoplayer_;
+  bool autoplay_ = false;
+  bool firstFrameShown_ = false;
+  int64_t frames_drawn_ = 0;
+  double wasmMs_ = 0;
+  double wasmMsMax_ = 0;
+};

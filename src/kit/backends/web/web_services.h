@@ -1,0 +1,76 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "kit/backends/web/browser_url_opener.h"
+#include "kit/backends/web/local_storage_preferences.h"
+#include "kit/foundation/bundle.h"
+#include "kit/foundation/clock.h"
+#include "kit/foundation/device.h"
+#include "kit/foundation/http.h"
+#include "kit/foundation/log.h"
+#include "kit/foundation/notification_center.h"
+#include "kit/foundation/random_source.h"
+#include "kit/foundation/run_loop.h"
+#include "kit/foundation/services.h"
+#include "kit/foundation/user_defaults.h"
+
+namespace kit::web {
+
+// The browser has no blocking HTTP (and no threads to hide one in): every
+// request is refused with that reason, so features that need a server (ads
+// from an ad server) fail as an unreachable server would.
+class NoBlockingHttp final : public HttpClient {
+ public:
+  HttpResponse get(const HttpRequest& request) override;
+};
+
+// The page's real services: the system clock, the console log (stderr),
+// preferences in the module's file system mirrored whole into localStorage
+// (restored from it before they load, written back by mirrorPreferences()
+// whenever the file changed), the preloaded resources, the browser's URL
+// opener, the device facts of a phone-shaped page and a random source. Owns
+// them all; services() lends them out and must not outlive it. Main thread
+// only.
+class WebServices {
+ public:
+  WebServices(const std::filesystem::path& prefsDir, const std::filesystem::path& resourceDir);
+  WebServices(const WebServices&) = delete;
+  WebServices& operator=(const WebServices&) = delete;
+
+  Services services();
+  // Writes the preferences file to localStorage if it changed since the
+  // last call (or the start): a stat and, at an unchanged size, a read of
+  // the small file.
+  void mirrorPreferences();
+
+ private:
+  // Puts localStorage's document where the preferences will look for it.
+  struct Restored {
+    Restored(const std::filesystem::path& file, LocalStoragePreferences& storage, Log& log);
+  };
+
+ public:
+  // Declared in construction order: each may use those above it.
+  SystemClock clock;
+  StderrLog log;
+
+ private:
+  std::filesystem::path prefsFile_;
+  LocalStoragePreferences storage_;
+  Restored restored_;
+  std::string mirrored_;
+
+ public:
+  RunLoop runLoop;
+  NotificationCenter notifications;
+  UserDefaults defaults;
+  Bundle bundle;
+  NoBlockingHttp http;
+  BrowserUrlOpener urlOpener;
+  Device device;
+  RandomSource random;
+};
+
+}  // namespace kit::web
