@@ -122,7 +122,8 @@ std::string WebGame::dump() const {
   kit::Value::Dictionary state = describeScene(*s);
   state["notifications"] = kit::Value::Dictionary{
       {"showad", static_cast<long long>(services_.notifications.postCount(notification::kShowAd))},
-      {"soundchange", static_cast<long long>(services_.notifications.postCount(notification::kSoundChange))}};
+      {"soundchange",
+       static_cast<long long>(services_.notifications.postCount(notification::kSoundChange))}};
   if (ads_.network())
     state["ads"] = ads_.describe();
   kit::Value alert;

@@ -59,8 +59,8 @@ std::string plainText(std::string_view html) {
     }
     if (html[i] == '&') {
       static constexpr std::pair<std::string_view, char> kEntities[] = {
-          {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&#39;", '\''},
-          {"&nbsp;", ' '}};
+          {"&amp;", '&'},  {"&lt;", '<'},   {"&gt;", '>'},
+          {"&quot;", '"'}, {"&#39;", '\''}, {"&nbsp;", ' '}};
       bool decoded = false;
       for (const auto& [name, c] : kEntities) {
         if (html.substr(i, name.size()) == name) {
