@@ -43,8 +43,4 @@ PanelBitmap rasterizePanel(const PanelStyle& style, double scale);
 // so that turning the bitmap clockwise shows the bright spoke leading.
 PanelBitmap rasterizeSpinner(double side, double scale, Color color, int spokes);
 
-// Turns premultiplied ARGB32 (native-endian words, as the desktop's drawing
-// library stores them) into straight RGBA bytes. `stride` is in bytes.
-void unpremultiply(const uint8_t* argb, int width, int height, int stride, uint8_t* rgbaOut);
-
 }  // namespace kit

@@ -9,6 +9,7 @@
 
 #include "kit/foundation/write_file.h"
 #include "kit/ui/image_context.h"
+#include "kit/ui/premultiplied.h"
 
 namespace kit {
 
@@ -100,11 +101,6 @@ cairo_surface_t* toArgb32(cairo_surface_t* decoded) {
   cairo_surface_destroy(decoded);
   cairo_surface_flush(converted);
   return converted;
-}
-
-uint8_t unpremultiply(uint32_t channel, uint32_t alpha) {
-  uint32_t value = (channel * 255 + alpha / 2) / alpha;
-  return static_cast<uint8_t>(value > 255 ? 255 : value);
 }
 
 }  // namespace
@@ -217,8 +213,8 @@ Image::Pixel Image::pixelAt(int x, int y) const {
   uint32_t alpha = argb >> 24;
   if (alpha == 0)
     return {};
-  return {unpremultiply(argb >> 16 & 0xff, alpha), unpremultiply(argb >> 8 & 0xff, alpha),
-          unpremultiply(argb & 0xff, alpha), static_cast<uint8_t>(alpha)};
+  return {unpremultiplied(argb >> 16 & 0xff, alpha), unpremultiplied(argb >> 8 & 0xff, alpha),
+          unpremultiplied(argb & 0xff, alpha), static_cast<uint8_t>(alpha)};
 }
 
 void* Image::surface() const {

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
-#include <cstring>
+#include <optional>
+
+#include "kit/render/panel_geometry.h"
+#include "kit/ui/premultiplied.h"
 
 namespace kit {
 namespace {
@@ -13,7 +15,6 @@ namespace {
 constexpr int kLargestSide = 4096;
 
 void roundedRect(cairo_t* cr, double x, double y, double w, double h, double r) {
-  r = std::clamp(r, 0.0, std::min(w, h) / 2);
   if (r <= 0) {
     cairo_rectangle(cr, x, y, w, h);
     return;
@@ -57,34 +58,6 @@ void boxBlur(std::vector<float>& plane, int w, int h, int radius) {
   }
 }
 
-}  // namespace
-
-void unpremultiply(const uint8_t* argb, int width, int height, int stride, uint8_t* rgbaOut) {
-  for (int row = 0; row < height; ++row) {
-    const auto* src =
-        reinterpret_cast<const uint32_t*>(argb + static_cast<ptrdiff_t>(row) * stride);
-    uint8_t* dst = rgbaOut + static_cast<size_t>(row) * width * 4;
-    for (int col = 0; col < width; ++col) {
-      const uint32_t p = src[col];
-      const uint32_t a = p >> 24;
-      uint8_t* out = dst + col * 4;
-      if (a == 0) {
-        std::memset(out, 0, 4);
-        continue;
-      }
-      const auto straight = [a](uint32_t c) {
-        return static_cast<uint8_t>(std::min<uint32_t>(255, (c * 255 + a / 2) / a));
-      };
-      out[0] = straight((p >> 16) & 0xff);
-      out[1] = straight((p >> 8) & 0xff);
-      out[2] = straight(p & 0xff);
-      out[3] = static_cast<uint8_t>(a);
-    }
-  }
-}
-
-namespace {
-
 // Ends drawing into `surface` and copies it, straight alpha, into `out`.
 void finish(cairo_t* cr, cairo_surface_t* surface, PanelBitmap& out) {
   cairo_destroy(cr);
@@ -98,37 +71,23 @@ void finish(cairo_t* cr, cairo_surface_t* surface, PanelBitmap& out) {
 }  // namespace
 
 PanelBitmap rasterizePanel(const PanelStyle& style, double scale) {
-  PanelBitmap out;
-  if (!(scale > 0) || !std::isfinite(scale))
-    return out;
-  const double w = style.size.width * scale, h = style.size.height * scale;
-  if (!(w >= 1) || !(h >= 1) || w > kLargestSide || h > kLargestSide)
-    return out;
-
-  const bool shadow = style.hasShadow();
-  const int blur =
-      shadow ? static_cast<int>(std::ceil(std::max(0.0, style.shadowRadius) * scale)) : 0;
-  const double dx = shadow ? style.shadowOffset.width * scale : 0;
-  const double dy = shadow ? style.shadowOffset.height * scale : 0;
-  // Room for the shadow on each side.
-  const double left = shadow ? std::max(0.0, 2 * blur - dx) : 0;
-  const double top = shadow ? std::max(0.0, 2 * blur - dy) : 0;
-  const double right = shadow ? std::max(0.0, 2 * blur + dx) : 0;
-  const double bottom = shadow ? std::max(0.0, 2 * blur + dy) : 0;
-  out.width = static_cast<int>(std::ceil(left + w + right));
-  out.height = static_cast<int>(std::ceil(top + h + bottom));
-  if (out.width > kLargestSide || out.height > kLargestSide)
+  const std::optional<PanelGeometry> g = panelGeometry(style, scale, kLargestSide);
+  if (!g)
     return {};
-  out.origin = {std::ceil(left), std::ceil(top)};
-  const double r = std::max(0.0, style.cornerRadius) * scale;
+  PanelBitmap out;
+  out.width = g->width;
+  out.height = g->height;
+  out.origin = g->panel.origin;
+  const double w = g->panel.size.width, h = g->panel.size.height, r = g->cornerRadius;
 
   cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, out.width, out.height);
   cairo_t* cr = cairo_create(surface);
-  if (shadow) {
+  if (g->shadow) {
     // The shape's coverage, blurred, tinted with the shadow colour.
     cairo_surface_t* mask = cairo_image_surface_create(CAIRO_FORMAT_A8, out.width, out.height);
     cairo_t* mcr = cairo_create(mask);
-    roundedRect(mcr, out.origin.x + dx, out.origin.y + dy, w, h, r);
+    roundedRect(mcr, out.origin.x + g->shadowOffset.width, out.origin.y + g->shadowOffset.height, w,
+                h, r);
     cairo_set_source_rgba(mcr, 0, 0, 0, 1);
     cairo_fill(mcr);
     cairo_destroy(mcr);
@@ -139,7 +98,7 @@ PanelBitmap rasterizePanel(const PanelStyle& style, double scale) {
     for (int y = 0; y < out.height; ++y)
       for (int x = 0; x < out.width; ++x)
         plane[static_cast<size_t>(y) * out.width + x] = m[y * mstride + x] / 255.0f;
-    boxBlur(plane, out.width, out.height, std::max(1, blur / 2));
+    boxBlur(plane, out.width, out.height, std::max(1, static_cast<int>(g->shadowBlur) / 2));
     unsigned char* md = cairo_image_surface_get_data(mask);
     for (int y = 0; y < out.height; ++y)
       for (int x = 0; x < out.width; ++x)
@@ -147,8 +106,7 @@ PanelBitmap rasterizePanel(const PanelStyle& style, double scale) {
             std::lround(plane[static_cast<size_t>(y) * out.width + x] * 255));
     cairo_surface_mark_dirty(mask);
     const Color c = style.shadowColor;
-    cairo_set_source_rgba(cr, c.red, c.green, c.blue,
-                          std::clamp(c.alpha * style.shadowOpacity, 0.0, 1.0));
+    cairo_set_source_rgba(cr, c.red, c.green, c.blue, g->shadowAlpha);
     cairo_mask_surface(cr, mask, 0, 0);
     cairo_surface_destroy(mask);
   }
@@ -162,25 +120,23 @@ PanelBitmap rasterizePanel(const PanelStyle& style, double scale) {
 }
 
 PanelBitmap rasterizeSpinner(double side, double scale, Color color, int spokes) {
+  const std::optional<SpinnerGeometry> g =
+      spinnerGeometry(side, scale, color.alpha, spokes, kLargestSide);
+  if (!g)
+    return {};
   PanelBitmap out;
-  if (!(scale > 0) || !(side > 0) || spokes <= 0)
-    return out;
-  const double px = side * scale;
-  if (!(px >= 1) || px > kLargestSide)
-    return out;
-  out.width = out.height = static_cast<int>(std::ceil(px));
+  out.width = out.height = g->side;
   cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, out.width, out.height);
   cairo_t* cr = cairo_create(surface);
   cairo_translate(cr, out.width / 2.0, out.height / 2.0);
   cairo_set_line_cap(cr, CAIRO_LINE_CAP_ROUND);
-  cairo_set_line_width(cr, px * 0.09);
-  for (int i = 0; i < spokes; ++i) {
-    const double fade = 1.0 - 0.8 * i / spokes;
+  cairo_set_line_width(cr, g->lineWidth);
+  for (const SpinnerSpoke& spoke : g->spokes) {
     cairo_save(cr);
-    cairo_rotate(cr, -2 * M_PI * i / spokes);
-    cairo_move_to(cr, 0, -px * 0.22);
-    cairo_line_to(cr, 0, -px * 0.44);
-    cairo_set_source_rgba(cr, color.red, color.green, color.blue, color.alpha * fade);
+    cairo_rotate(cr, spoke.angle);
+    cairo_move_to(cr, 0, -g->inner);
+    cairo_line_to(cr, 0, -g->outer);
+    cairo_set_source_rgba(cr, color.red, color.green, color.blue, spoke.alpha);
     cairo_stroke(cr);
     cairo_restore(cr);
   }
