@@ -8,6 +8,8 @@
 #include <memory>
 #include <utility>
 
+#include "kit/ui/text_placement.h"
+
 namespace kit {
 namespace {
 
@@ -142,11 +144,6 @@ double toPoints(int pangoUnits) {
   return std::ceil(static_cast<double>(pangoUnits) / PANGO_SCALE - 1e-6);
 }
 
-int pixels(double points, double scale) {
-  const double p = std::ceil(points * scale - 1e-6);
-  return p > 0 ? static_cast<int>(std::min<double>(p, kLargestBitmapSide)) : 0;
-}
-
 }  // namespace
 
 TextLayout::TextLayout(TextBlock block) : block_(std::move(block)) {
@@ -176,18 +173,12 @@ void TextLayout::warmUp() {
 }
 
 TextBitmap TextLayout::render(Size area, double scale, Color color) const {
-  if (!(area.width > 0) || !(area.height > 0))
-    area = size_;
-  if (!(scale > 0) || !std::isfinite(scale))
-    scale = 1;
-  TextBitmap bitmap;
-  bitmap.width = pixels(area.width, scale);
-  bitmap.height = pixels(area.height, scale);
-  if (bitmap.width == 0 || bitmap.height == 0)
-    return {};
-  bitmap.rgba.assign(static_cast<size_t>(bitmap.width) * bitmap.height * 4, 0);
-  if (lines_ == 0)
-    return bitmap;
+  TextFrame frame = textFrame(area, scale, size_, kLargestBitmapSide);
+  TextBitmap& bitmap = frame.bitmap;
+  if (bitmap.width == 0 || lines_ == 0)
+    return std::move(bitmap);
+  area = frame.area;
+  scale = frame.scale;
 
   cairo_surface_t* surface =
       cairo_image_surface_create(CAIRO_FORMAT_ARGB32, bitmap.width, bitmap.height);
@@ -198,15 +189,10 @@ TextBitmap TextLayout::render(Size area, double scale, Color color) const {
   LayoutPtr layout = makeLayout(context, block_, ellipsizedLines_);
 
   // An unbounded layout is as wide as its widest line: align it in the area.
-  double x = 0;
-  if (block_.box.width >= kLargestBox) {
-    const double room = area.width - size_.width;
-    if (block_.alignment == TextAlignment::Center)
-      x = room / 2;
-    if (block_.alignment == TextAlignment::Right)
-      x = room;
-  }
-  const double y = std::max(0.0, (area.height - size_.height) / 2);
+  const double x = block_.box.width >= kLargestBox
+                       ? alignedOffset(block_.alignment, area.width - size_.width)
+                       : 0;
+  const double y = blockTop(area, size_);
   cairo_set_source_rgba(cr, color.red, color.green, color.blue, color.alpha);
   PangoLayoutIter* it = pango_layout_get_iter(layout.get());
   for (int i = 0; i < lines_; ++i) {
@@ -246,17 +232,7 @@ TextBitmap TextLayout::render(Size area, double scale, Color color) const {
     }
   }
   cairo_surface_destroy(surface);
-  return bitmap;
-}
-
-Size sizeWithFont(std::string_view text, const Font& font, Size constrainedToSize,
-                  LineBreakMode lineBreakMode) {
-  TextBlock block;
-  block.text = std::string(text);
-  block.font = font;
-  block.box = constrainedToSize;
-  block.lineBreakMode = lineBreakMode;
-  return TextLayout(std::move(block)).size();
+  return std::move(bitmap);
 }
 
 }  // namespace kit
