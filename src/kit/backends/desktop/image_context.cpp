@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "kit/ui/screen.h"
+#include "kit/ui/image_extent.h"
 
 namespace kit {
 
@@ -15,17 +15,6 @@ namespace {
 
 // Cairo's own limit on an image surface's side.
 constexpr double kMaxPixelSide = 32767;
-
-// Tolerance for sizes like 100 × 1.1 that land a rounding error above a whole
-// number of pixels and must not gain an extra one.
-constexpr double kPixelSlack = 1e-6;
-
-int pixelExtent(double points, double scale) {
-  double pixels = std::ceil(points * scale - kPixelSlack);
-  if (!(pixels > 0) || pixels > kMaxPixelSide)
-    return 0;  // also NaN
-  return static_cast<int>(pixels);
-}
 
 double unit(double value) {
   return std::isnan(value) ? 0 : std::clamp(value, 0.0, 1.0);
@@ -173,16 +162,10 @@ struct ImageContext::State {
 };
 
 ImageContext::ImageContext(Size size, double scale) : state_(std::make_unique<State>()) {
-  if (!(std::isfinite(scale) && scale > 0))
-    scale = Screen::main().scale();
-  if (!(std::isfinite(size.width) && size.width >= 0 && std::isfinite(size.height) &&
-        size.height >= 0)) {
-    size = {0, 0};
-  }
-  state_->size = size;
-  state_->scale = scale;
-  state_->surface =
-      createUncleared(pixelExtent(size.width, scale), pixelExtent(size.height, scale));
+  const ImageExtent extent = imageExtent(size, scale, kMaxPixelSide);
+  state_->size = extent.size;
+  state_->scale = extent.scale;
+  state_->surface = createUncleared(extent.width, extent.height);
   state_->cr = cairo_create(state_->surface);
 }
 

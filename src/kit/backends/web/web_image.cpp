@@ -8,12 +8,13 @@
 #include "kit/backends/web/browser_canvas.h"
 #include "kit/backends/web/web_pixels.h"
 #include "kit/ui/image.h"
-#include "kit/ui/screen.h"
+#include "kit/ui/image_extent.h"
 
 namespace kit::web {
 namespace {
 
 constexpr std::string_view kRawMagic = "twinlanes-rgba\n";
+constexpr uint32_t kLargestSide = 16384;
 
 void putInt(std::string& out, uint32_t value) {
   for (int shift = 24; shift >= 0; shift -= 8)
@@ -29,24 +30,14 @@ uint32_t getInt(std::string_view in, size_t at) {
 
 }  // namespace
 
-int pixelExtent(double points, double scale) {
-  const double pixels = std::ceil(points * scale - 1e-6);
-  return std::isfinite(pixels) && pixels >= 1 && pixels <= 16384 ? static_cast<int>(pixels) : 0;
-}
-
 Pixels makePixels(Size size, double scale) {
+  const ImageExtent extent = imageExtent(size, scale, kLargestSide);
   Pixels out;
-  Pixels* impl = &out;
-  if (!(std::isfinite(size.width) && size.width >= 0 && std::isfinite(size.height) &&
-        size.height >= 0))
-    size = {0, 0};
-  impl->size = size;
-  impl->scale = scale;
-  impl->width = pixelExtent(size.width, scale);
-  impl->height = pixelExtent(size.height, scale);
-  if (impl->width == 0 || impl->height == 0)
-    impl->width = impl->height = 0;
-  impl->rgba.assign(static_cast<size_t>(impl->width) * impl->height * 4, 0);
+  out.size = extent.size;
+  out.scale = extent.scale;
+  out.width = extent.width;
+  out.height = extent.height;
+  out.rgba.assign(static_cast<size_t>(out.width) * out.height * 4, 0);
   return out;
 }
 
@@ -63,7 +54,7 @@ bool readRawImage(std::string_view data, int& width, int& height, std::vector<ui
   if (data.size() < header || data.substr(0, kRawMagic.size()) != kRawMagic)
     return false;
   const uint32_t w = getInt(data, kRawMagic.size()), h = getInt(data, kRawMagic.size() + 4);
-  if (w == 0 || h == 0 || w > 16384 || h > 16384 ||
+  if (w == 0 || h == 0 || w > kLargestSide || h > kLargestSide ||
       data.size() - header != static_cast<size_t>(w) * h * 4)
     return false;
   width = static_cast<int>(w);
@@ -86,8 +77,6 @@ void setError(std::string* error, std::string text) {
 }  // namespace
 
 Image Image::blank(Size size, double scale) {
-  if (!(std::isfinite(scale) && scale > 0))
-    scale = Screen::main().scale();
   auto impl = std::make_shared<Impl>();
   static_cast<web::Pixels&>(*impl) = web::makePixels(size, scale);
   return Image(std::move(impl));

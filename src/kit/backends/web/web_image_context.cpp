@@ -9,7 +9,6 @@
 #include "kit/backends/web/browser_canvas.h"
 #include "kit/backends/web/web_pixels.h"
 #include "kit/ui/image_context.h"
-#include "kit/ui/screen.h"
 
 namespace kit {
 
@@ -26,8 +25,6 @@ uint8_t byte(double unit) {
 }  // namespace
 
 ImageContext::ImageContext(Size size, double scale) : state_(std::make_unique<State>()) {
-  if (!(std::isfinite(scale) && scale > 0))
-    scale = Screen::main().scale();
   state_->pixels = web::makePixels(size, scale);
 }
 

@@ -22,11 +22,8 @@ struct Pixels {
   std::vector<uint8_t> rgba;
 };
 
-// Whole pixels for `points` at `scale`: ceil, with a little slack for
-// values a rounding error above a whole number; 0 for anything unusable.
-int pixelExtent(double points, double scale);
-
-// Transparent pixels of ceil(size × scale) each way.
+// Transparent pixels of ceil(size × scale) each way (kit/ui/image_extent.h;
+// a scale that is not usable is the main screen's).
 Pixels makePixels(Size size, double scale);
 
 // kit::Image's one way in from raw pixels in this backend (the desktop's is
