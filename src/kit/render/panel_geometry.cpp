@@ -6,6 +6,27 @@
 
 namespace kit {
 
+namespace {
+
+PanelBitmap transparent(int width, int height, Point origin) {
+  PanelBitmap out;
+  out.width = width;
+  out.height = height;
+  out.origin = origin;
+  out.rgba.assign(static_cast<size_t>(width) * height * 4, 0);
+  return out;
+}
+
+}  // namespace
+
+PanelBitmap PanelGeometry::blank() const {
+  return transparent(width, height, panel.origin);
+}
+
+PanelBitmap SpinnerGeometry::blank() const {
+  return transparent(side, side, {});
+}
+
 std::optional<PanelGeometry> panelGeometry(const PanelStyle& style, double scale,
                                            double largestSide) {
   if (!(scale > 0) || !std::isfinite(scale))

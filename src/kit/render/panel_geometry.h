@@ -20,6 +20,9 @@ struct PanelGeometry {
   double shadowBlur = 0;   // whole pixels
   Size shadowOffset;       // pixels, y down
   double shadowAlpha = 0;  // the shadow colour's alpha times the style's opacity
+
+  // A transparent bitmap of this size, the panel's origin set.
+  PanelBitmap blank() const;
 };
 
 // Nothing for an empty, absurd or unusable scale or size, or a bitmap wider
@@ -43,6 +46,9 @@ struct SpinnerGeometry {
   double inner = 0;
   double outer = 0;
   std::vector<SpinnerSpoke> spokes;
+
+  // A transparent bitmap of this size.
+  PanelBitmap blank() const;
 };
 
 // Nothing for an unusable size, scale or spoke count, or a side beyond

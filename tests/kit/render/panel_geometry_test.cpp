@@ -32,6 +32,9 @@ TEST(PanelGeometry, LeavesRoomForTheShadowOnTheSideItFalls) {
   EXPECT_DOUBLE_EQ(g->shadowAlpha, 0.5);
   // A radius beyond half the shorter side makes round ends, no more.
   EXPECT_EQ(g->cornerRadius, 20);
+  const PanelBitmap blank = g->blank();
+  EXPECT_EQ(blank.origin, g->panel.origin);
+  EXPECT_EQ(blank.rgba.size(), size_t{104} * 64 * 4);
 }
 
 TEST(PanelGeometry, WithoutAShadowThePanelFillsTheBitmap) {

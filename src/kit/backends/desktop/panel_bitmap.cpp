@@ -58,11 +58,11 @@ void boxBlur(std::vector<float>& plane, int w, int h, int radius) {
   }
 }
 
-// Ends drawing into `surface` and copies it, straight alpha, into `out`.
+// Ends drawing into `surface` and copies it, straight alpha, into `out`
+// (already of its size).
 void finish(cairo_t* cr, cairo_surface_t* surface, PanelBitmap& out) {
   cairo_destroy(cr);
   cairo_surface_flush(surface);
-  out.rgba.resize(static_cast<size_t>(out.width) * out.height * 4);
   unpremultiply(cairo_image_surface_get_data(surface), out.width, out.height,
                 cairo_image_surface_get_stride(surface), out.rgba.data());
   cairo_surface_destroy(surface);
@@ -74,10 +74,7 @@ PanelBitmap rasterizePanel(const PanelStyle& style, double scale) {
   const std::optional<PanelGeometry> g = panelGeometry(style, scale, kLargestSide);
   if (!g)
     return {};
-  PanelBitmap out;
-  out.width = g->width;
-  out.height = g->height;
-  out.origin = g->panel.origin;
+  PanelBitmap out = g->blank();
   const double w = g->panel.size.width, h = g->panel.size.height, r = g->cornerRadius;
 
   cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, out.width, out.height);
@@ -124,8 +121,7 @@ PanelBitmap rasterizeSpinner(double side, double scale, Color color, int spokes)
       spinnerGeometry(side, scale, color.alpha, spokes, kLargestSide);
   if (!g)
     return {};
-  PanelBitmap out;
-  out.width = out.height = g->side;
+  PanelBitmap out = g->blank();
   cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, out.width, out.height);
   cairo_t* cr = cairo_create(surface);
   cairo_translate(cr, out.width / 2.0, out.height / 2.0);

@@ -89,11 +89,7 @@ PanelBitmap rasterizePanel(const PanelStyle& style, double scale) {
   const std::optional<PanelGeometry> g = panelGeometry(style, scale, kLargestSide);
   if (!g)
     return {};
-  PanelBitmap out;
-  out.width = g->width;
-  out.height = g->height;
-  out.origin = g->panel.origin;
-  out.rgba.assign(static_cast<size_t>(out.width) * out.height * 4, 0);
+  PanelBitmap out = g->blank();
   if (!web::hasCanvas())
     return out;
   const Color s = style.shadowColor;
@@ -109,9 +105,7 @@ PanelBitmap rasterizeSpinner(double side, double scale, Color color, int spokes)
       spinnerGeometry(side, scale, color.alpha, spokes, kLargestSide);
   if (!g)
     return {};
-  PanelBitmap out;
-  out.width = out.height = g->side;
-  out.rgba.assign(static_cast<size_t>(out.width) * out.height * 4, 0);
+  PanelBitmap out = g->blank();
   if (!web::hasCanvas())
     return out;
   std::vector<double> angleAlpha;
