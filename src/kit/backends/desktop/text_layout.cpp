@@ -174,25 +174,23 @@ void TextLayout::warmUp() {
 
 TextBitmap TextLayout::render(Size area, double scale, Color color) const {
   TextFrame frame = textFrame(area, scale, size_, kLargestBitmapSide);
+  if (frame.bitmap.width == 0 || lines_ == 0)
+    return std::move(frame.bitmap);
   TextBitmap& bitmap = frame.bitmap;
-  if (bitmap.width == 0 || lines_ == 0)
-    return std::move(bitmap);
-  area = frame.area;
-  scale = frame.scale;
 
   cairo_surface_t* surface =
       cairo_image_surface_create(CAIRO_FORMAT_ARGB32, bitmap.width, bitmap.height);
   cairo_t* cr = cairo_create(surface);
-  cairo_scale(cr, scale, scale);
+  cairo_scale(cr, frame.scale, frame.scale);
   PangoContext* context = pango_cairo_create_context(cr);
   configure(context);
   LayoutPtr layout = makeLayout(context, block_, ellipsizedLines_);
 
   // An unbounded layout is as wide as its widest line: align it in the area.
   const double x = block_.box.width >= kLargestBox
-                       ? alignedOffset(block_.alignment, area.width - size_.width)
+                       ? alignedOffset(block_.alignment, frame.area.width - size_.width)
                        : 0;
-  const double y = blockTop(area, size_);
+  const double y = blockTop(frame.area, size_);
   cairo_set_source_rgba(cr, color.red, color.green, color.blue, color.alpha);
   PangoLayoutIter* it = pango_layout_get_iter(layout.get());
   for (int i = 0; i < lines_; ++i) {

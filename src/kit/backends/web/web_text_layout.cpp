@@ -38,24 +38,22 @@ void TextLayout::warmUp() {
 
 TextBitmap TextLayout::render(Size area, double scale, Color color) const {
   TextFrame frame = textFrame(area, scale, size_, kLargestBitmapSide);
+  if (frame.bitmap.width == 0 || lines_ == 0)
+    return std::move(frame.bitmap);
   TextBitmap& bitmap = frame.bitmap;
-  if (bitmap.width == 0 || lines_ == 0)
-    return std::move(bitmap);
-  area = frame.area;
-  scale = frame.scale;
   const BrokenText broken = breakBlock(block_);
   const web::FontMetrics m = web::metricsOf(block_.font);
   // Lines align within the box (an unbounded one is as wide as the area);
   // the block is centred vertically.
-  const double width = std::min(area.width, block_.box.width);
-  double y = blockTop(area, size_);
+  const double width = std::min(frame.area.width, block_.box.width);
+  double y = blockTop(frame.area, size_);
   std::vector<web::DrawnLine> lines;
   for (const BrokenLine& line : broken.lines) {
     lines.push_back({line.text, alignedOffset(block_.alignment, width - line.width), y + m.ascent});
     y += m.lineHeight;
   }
-  web::drawLines(block_.font, color, scale, bitmap.width, bitmap.height, lines.data(), lines.size(),
-                 bitmap.rgba.data());
+  web::drawLines(block_.font, color, frame.scale, bitmap.width, bitmap.height, lines.data(),
+                 lines.size(), bitmap.rgba.data());
   return std::move(bitmap);
 }
 
