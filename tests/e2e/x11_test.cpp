@@ -22,8 +22,11 @@ class X11Test : public EndToEndTest {
       freopen((dir.path() / "out.txt").c_str(), "w", stdout);
       unsetenv("SDL_VIDEODRIVER");
       setenv("XDG_DATA_HOME", (dir.path() / "data").c_str(), 1);
-      std::vector<std::string> all{"xvfb-run", "-a", "-s", "-screen 0 1280x1024x24",
-                                   TWINLANES_BINARY};
+      // Each test process starts its search for a free display at its own
+      // number: two searches from one start race for the same server.
+      const std::string first = std::to_string(100 + getpid() % 5000);
+      std::vector<std::string> all{
+          "xvfb-run", "-a", "-n", first, "-s", "-screen 0 1280x1024x24", TWINLANES_BINARY};
       all.insert(all.end(), args.begin(), args.end());
       std::vector<char*> argv;
       for (auto& a : all)
