@@ -1,17 +1,18 @@
 // The scenario runner under node (build/web/twinlanes-headless.js) against
-// the desktop binary: every script of tests/app/scenarios, run by both with
-// the same seed on fresh preferences folders, prints the same lines, dump
-// for dump.
+// the desktop binary: every script of the scenario folders (tests/app's and
+// this folder's, whose scripts need the whole host), run by both with the
+// same seed on fresh preferences folders, prints the same lines, dump for
+// dump.
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
 import { mkdtempSync, readdirSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
-import { join } from 'node:path';
+import { delimiter, join } from 'node:path';
 import { test } from 'node:test';
 
 const desktop = process.env.TWINLANES_DESKTOP_BINARY;
 const headless = process.env.TWINLANES_HEADLESS_JS;
-const scenarios = process.env.TWINLANES_SCENARIOS;
+const folders = process.env.TWINLANES_SCENARIOS.split(delimiter);
 
 // What one runner prints for a script, with its exit status.
 function play(command, args, script) {
@@ -27,15 +28,16 @@ function play(command, args, script) {
   }
 }
 
-const scripts = readdirSync(scenarios).filter((name) => name.endsWith('.tl')).sort();
+const scripts = folders.flatMap((folder) =>
+  readdirSync(folder).filter((name) => name.endsWith('.tl')).sort().map((name) => join(folder, name)));
 
 test('there are scripts to compare', () => {
-  assert.ok(scripts.length >= 5, `only ${scripts.length} scripts in ${scenarios}`);
+  assert.ok(scripts.length >= 7, `only ${scripts.length} scripts in ${folders}`);
 });
 
-for (const name of scripts) {
+for (const script of scripts) {
+  const name = script.substring(script.lastIndexOf('/') + 1);
   test(`${name} prints the same under node as on the desktop`, () => {
-    const script = join(scenarios, name);
     const expected = play(desktop, [], script);
     const actual = play(process.execPath, [headless], script);
     assert.equal(expected.status, 0, `desktop: ${expected.stderr}`);
