@@ -22,7 +22,7 @@
 
 #include "app/scenario_host.h"
 #include "app/scenario_runner.h"
-#include "kit/backends/desktop/headless_platform.h"
+#include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "names/preference_keys.h"
 

@@ -18,8 +18,9 @@
 #include <vector>
 
 #include "app/game_application.h"
-#include "kit/backends/desktop/headless_platform.h"
+#include "kit/backends/desktop/desktop_window_system.h"
 #include "kit/backends/desktop/render_window.h"
+#include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/render/renderer.h"
 #include "kit/scene/frame_driver.h"
@@ -44,7 +45,7 @@ struct Game {
     options.application.windowScale = 2;
     options.application.renderer = renderer;
     options.seed = 11;
-    app = std::make_unique<GameApplication>(options, host, platform.services());
+    app = std::make_unique<GameApplication>(options, host, platform.services(), &windows);
     const kit::Status launched = app->launch();
     ok = launched.ok();
     if (!ok) {
@@ -69,6 +70,7 @@ struct Game {
   kit::TempDir prefs{"twinlanes-frame-bench"};
   kit::HeadlessPlatform platform{prefs.path(), TWINLANES_RESOURCES};
   NoHostServices host;
+  kit::DesktopWindowSystem windows;
   std::unique_ptr<GameApplication> app;
   bool ok = false;
   std::string message;

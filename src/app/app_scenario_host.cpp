@@ -22,7 +22,7 @@ void AppScenarioHost::start(kit::Size viewSize, std::optional<unsigned> seed) {
   options.application.windowScale = options_.windowScale;
   options.application.renderer = options_.renderer;
   options.seed = seed;
-  game_ = std::make_unique<GameApplication>(options, host_, services_);
+  game_ = std::make_unique<GameApplication>(options, host_, services_, options_.windows);
   if (const kit::Status launched = game_->launch(); !launched) {
     game_.reset();
     throw ScriptError(launched.error());

@@ -24,6 +24,7 @@ class AppScenarioHost final : public ScenarioHost {
     double windowScale = 0;     // 0 fits the desktop
     bool progressDemo = false;  // the progress overlay counts over the game from start
     kit::RendererChoice renderer = kit::RendererChoice::Auto;
+    kit::WindowSystem* windows = nullptr;  // the backend's, for a window; borrowed
   };
 
   AppScenarioHost(Options options, const kit::Services& services, HostServices& host);

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -10,25 +11,19 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <locale>
 #include <map>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <system_error>
 
-#include "app/app_scenario_host.h"
-#include "app/game_ads.h"
-#include "app/game_application.h"
-#include "app/host_services.h"
 #include "app/scenario_runner.h"
 #include "app/script_launches.h"
-#include "kit/backends/desktop/desktop_mail_sink.h"
-#include "kit/backends/desktop/headless_platform.h"
-#include "kit/backends/desktop/render_window.h"
+#include "kit/foundation/headless_platform.h"
 #include "kit/foundation/preferred_languages.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/render/interface_layout.h"
-#include "kit/ui/window.h"
-#include "ui/progress_demo.h"
 
 namespace {
 
@@ -36,23 +31,6 @@ constexpr const char* kHeadlessHint = "twinlanes --headless --script FILE";
 // Where the clock of a run seeded on the command line starts (seconds since
 // 1970), so that everything it prints replays exactly.
 constexpr int64_t kReplayEpoch = 1'700'000'000;
-
-struct Flags {
-  bool headless = false;
-  std::string script;
-  std::string prefsDir;
-  std::optional<unsigned> seed;
-  std::string device = "phone";
-  std::optional<kit::Size> size;
-  bool fullscreen = false;
-  double scale = 0;
-  std::optional<uint64_t> frames;
-  std::string screenshot;
-  bool autoplay = false;
-  bool progressDemo = false;
-  std::optional<std::string> language;
-  kit::RendererChoice renderer = kit::RendererChoice::Auto;
-};
 
 // "320x568" as a size; nothing when it is not two positive numbers that a
 // screen could show.
@@ -66,17 +44,24 @@ std::optional<kit::Size> parseSize(const std::string& text) {
   return kit::Size{w, h};
 }
 
-// A finite number written out whole ("2", "1.5"), or nothing.
+// A finite number written out whole ("2", "1.5"), or nothing. A stream in
+// the classic locale, as the browser build's library has no from_chars for
+// floating point.
 std::optional<double> parseNumber(const std::string& text) {
+  if (text.empty() ||
+      !(std::isdigit(static_cast<unsigned char>(text[0])) || text[0] == '-' || text[0] == '.'))
+    return std::nullopt;
+  std::istringstream in(text);
+  in.imbue(std::locale::classic());
   double value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+  in >> value;
+  if (in.fail() || in.peek() != std::char_traits<char>::eof() || !std::isfinite(value))
     return std::nullopt;
   return value;
 }
 
-// The resources folder: next to the binary (a build tree or an unpacked
-// archive), in the installed share folder, or in the source tree.
+}  // namespace
+
 std::filesystem::path findResources() {
   std::error_code ec;
   const auto exe = std::filesystem::read_symlink("/proc/self/exe", ec);
@@ -92,6 +77,8 @@ std::filesystem::path findResources() {
   }
   return TWINLANES_RESOURCES_DIR;
 }
+
+namespace {
 
 // The device profile of that name, as the interface layout defines it; the
 // layout is the one place that says what a phone or a pad is.
@@ -125,8 +112,8 @@ std::string helpFooter() {
   return footer;
 }
 
-// Two copies of the game on one preferences folder would each save over the
-// other's best score and counts, so the second one does not start.
+}  // namespace
+
 bool sayPrefsInUse(const kit::UserDefaults& defaults) {
   if (!defaults.inUseElsewhere())
     return false;
@@ -140,6 +127,8 @@ void sayNoDisplay(const std::string& why) {
   std::cerr << "twinlanes: no display to open a window on (" << why
             << "); to play without a window: " << kHeadlessHint << '\n';
 }
+
+namespace {
 
 // The preferences folder of a script run: the given one, or a fresh one that
 // goes away with the run.
@@ -162,7 +151,7 @@ std::optional<std::filesystem::path> scriptPrefs(const Flags& flags,
 
 // A script against the whole host: in a window (each frame shown, screenshots
 // possible) or, with --headless, without one.
-int runScript(const Flags& flags) {
+int runScript(const Flags& flags, const ProgramBackend& backend) {
   std::ifstream file;
   std::istream* script = &std::cin;
   const std::string scriptName = flags.script == "-" ? "<stdin>" : flags.script;
@@ -175,8 +164,13 @@ int runScript(const Flags& flags) {
     script = &file;
   }
   if (!flags.headless) {
+    if (!backend.windows) {
+      std::cerr << "twinlanes: this program plays scripts without a window only: " << kHeadlessHint
+                << '\n';
+      return 1;
+    }
     std::string why;
-    if (!kit::RenderWindow::displayAvailable(&why)) {
+    if (backend.displayAvailable && !backend.displayAvailable(&why)) {
       sayNoDisplay(why);
       return 1;
     }
@@ -191,7 +185,8 @@ int runScript(const Flags& flags) {
   // its clock at a fixed time: its ads' time stamps replay too.
   ScriptLaunches launches({*prefs, findResources(), !flags.headless, flags.scale, flags.language,
                            flags.seed ? kReplayEpoch : static_cast<int64_t>(std::time(nullptr)),
-                           flags.progressDemo, flags.renderer});
+                           flags.progressDemo, flags.renderer,
+                           flags.headless ? nullptr : backend.windows});
   if (sayPrefsInUse(launches.platform().defaults))
     return 1;
   ScenarioRunner runner(launches.platform(), launches.host(), std::cout);
@@ -211,63 +206,9 @@ int runScript(const Flags& flags) {
   return runner.run(*script, scriptName, std::cerr);
 }
 
-// The game in a window, for a player.
-int runGame(const Flags& flags) {
-  const std::filesystem::path resources = findResources();
-  GameApplication::Options options;
-  options.application.title = "Twin Lanes";
-  options.application.resourceDir = resources;
-  options.application.icon = resources / "icons" / "twinlanes-256.png";
-  options.application.profile = flags.device;
-  options.application.sceneSize = flags.size;
-  options.application.prefsDir = flags.prefsDir;
-  options.application.fullscreen = flags.fullscreen;
-  options.application.windowScale = flags.scale;
-  options.application.renderer = flags.renderer;
-  options.seed = flags.seed;
-  options.autoplay = flags.autoplay;
-
-  std::string why;
-  if (!kit::RenderWindow::displayAvailable(&why)) {
-    sayNoDisplay(why);
-    return 1;
-  }
-  GameAds ads([](const kit::Services& services) -> std::unique_ptr<kit::MailSink> {
-    return std::make_unique<kit::DesktopMailSink>(services.urlOpener, services.log);
-  });
-  GameApplication game(options, ads);
-  if (sayPrefsInUse(game.application().services().defaults))
-    return 1;
-  kit::registerPreferredLanguages(game.application().services().defaults, flags.language);
-  ads.start(game.application().services(), false);
-  // The ads borrow the game's services: they stop before the game goes.
-  struct StopAdsFirst {
-    GameAds& ads;
-    ~StopAdsFirst() { ads.stop(); }
-  } stopAdsFirst{ads};
-  if (const kit::Status launched = game.launch(); !launched) {
-    std::cerr << "twinlanes: " << launched.error() << '\n';
-    return 1;
-  }
-  // Nothing in the game shows the progress overlay; this lets a person see it.
-  std::unique_ptr<ProgressDemo> progressDemo;
-  if (flags.progressDemo) {
-    progressDemo =
-        runProgressDemo(game.application().window(), game.application().services().runLoop);
-  }
-  const int status = game.run(flags.frames);
-  if (!flags.screenshot.empty()) {
-    if (kit::Status saved = game.application().saveScreenshot(flags.screenshot); !saved) {
-      std::cerr << "twinlanes: " << saved.error() << '\n';
-      return 1;
-    }
-  }
-  return status;
-}
-
 }  // namespace
 
-int twinlanesMain(int argc, char** argv) {
+int twinlanesMain(int argc, char** argv, const ProgramBackend& backend) {
   CLI::App app{"Twin Lanes: steer two cars at once on four lanes.", "twinlanes"};
   Flags flags;
   app.set_version_flag("--version", "twinlanes " TWINLANES_VERSION);
@@ -353,11 +294,15 @@ int twinlanesMain(int argc, char** argv) {
                    "script uses its frames, screenshot and autoplay commands\n";
       return 2;
     }
-    return runScript(flags);
+    return runScript(flags, backend);
   }
   if (flags.headless) {
     std::cerr << "twinlanes: --headless needs --script FILE (or --script - for standard input)\n";
     return 2;
   }
-  return runGame(flags);
+  if (!backend.runGame) {
+    std::cerr << "twinlanes: this program plays scripts only: " << kHeadlessHint << '\n';
+    return 2;
+  }
+  return backend.runGame(flags);
 }

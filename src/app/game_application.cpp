@@ -3,17 +3,10 @@
 #include "kit/scene/frame_driver.h"
 #include "ui/view_toast.h"
 
-GameApplication::GameApplication(Options options, HostServices& host)
-    : ownServices_(std::make_unique<kit::DesktopServices>(options.application.prefsDir,
-                                                          options.application.resourceDir)),
-      application_(std::make_unique<kit::Application>(options.application, delegate_,
-                                                      ownServices_->services(), &windows_)) {
-  wire(options, host, application_->services());
-}
-
-GameApplication::GameApplication(Options options, HostServices& host, const kit::Services& services)
+GameApplication::GameApplication(Options options, HostServices& host, const kit::Services& services,
+                                 kit::WindowSystem* windows)
     : application_(
-          std::make_unique<kit::Application>(options.application, delegate_, services, &windows_)) {
+          std::make_unique<kit::Application>(options.application, delegate_, services, windows)) {
   wire(options, host, services);
 }
 

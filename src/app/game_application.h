@@ -9,8 +9,6 @@
 #include "app/host_services.h"
 #include "app/view_controller.h"
 #include "game/autoplayer.h"
-#include "kit/backends/desktop/desktop_services.h"
-#include "kit/backends/desktop/desktop_window_system.h"
 #include "kit/foundation/result.h"
 #include "kit/render/application.h"
 
@@ -18,9 +16,9 @@
 // "ViewController" is the host controller (with the run's seed and the host
 // services), whose delegate is AppDelegate, where Space, Enter or a
 // controller's A press the play or play-again button that is up, and where a
-// built-in player can take the taps (a demo). The host services (and given
-// services) are borrowed and outlive it. This is where the program picks its
-// backend: the desktop's windows, and its real services unless given others.
+// built-in player can take the taps (a demo). The host services, the
+// services and the window system (the program's backend; null for no window
+// at all) are borrowed and outlive it.
 class GameApplication {
  public:
   struct Options {
@@ -29,10 +27,8 @@ class GameApplication {
     bool autoplay = false;
   };
 
-  // With the desktop's real services (preferences in the options' prefsDir).
-  GameApplication(Options options, HostServices& host);
-  // With borrowed services (scripted runs on a manual clock).
-  GameApplication(Options options, HostServices& host, const kit::Services& services);
+  GameApplication(Options options, HostServices& host, const kit::Services& services,
+                  kit::WindowSystem* windows = nullptr);
   // Puts back the toast log that was installed before.
   ~GameApplication();
   GameApplication(const GameApplication&) = delete;
@@ -56,8 +52,6 @@ class GameApplication {
  private:
   void wire(const Options& options, HostServices& host, const kit::Services& services);
 
-  std::unique_ptr<kit::DesktopServices> ownServices_;  // unless services were given
-  kit::DesktopWindowSystem windows_;
   std::shared_ptr<AppDelegate> delegate_ = std::make_shared<AppDelegate>();
   std::unique_ptr<kit::Application> application_;
   std::shared_ptr<ViewController> controller_;

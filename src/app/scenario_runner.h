@@ -16,7 +16,7 @@
 #include "app/scenario_host.h"
 #include "game/autoplayer.h"
 #include "game/game_scene.h"
-#include "kit/backends/desktop/headless_platform.h"
+#include "kit/foundation/headless_platform.h"
 #include "kit/foundation/value.h"
 
 // A script line that cannot be run: unknown, malformed or out of place.

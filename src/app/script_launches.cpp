@@ -17,7 +17,7 @@ void ScriptLaunches::bringUp() {
   ads_.start(platform_->services(), true);
   host_ = std::make_unique<AppScenarioHost>(
       AppScenarioHost::Options{options_.resourceDir, options_.window, options_.windowScale,
-                               options_.progressDemo, options_.renderer},
+                               options_.progressDemo, options_.renderer, options_.windows},
       platform_->services(), ads_);
 }
 

@@ -8,7 +8,7 @@
 
 #include "app/app_scenario_host.h"
 #include "app/game_ads.h"
-#include "kit/backends/desktop/headless_platform.h"
+#include "kit/foundation/headless_platform.h"
 
 // The launches of one script run, as successive processes of the game on one
 // preferences folder would be: each launch has its own headless services (on
@@ -27,6 +27,7 @@ class ScriptLaunches {
     int64_t startTime = 0;                // the first launch's wall clock, seconds since 1970
     bool progressDemo = false;            // each launch shows the progress demo from start
     kit::RendererChoice renderer = kit::RendererChoice::Auto;
+    kit::WindowSystem* windows = nullptr;  // the backend's, for a window; borrowed
   };
 
   explicit ScriptLaunches(Options options);

@@ -7,7 +7,7 @@
 
 #include "ads/admob_view_controller.h"
 #include "adsdk/house_ad_network.h"
-#include "kit/backends/desktop/headless_platform.h"
+#include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/ui/animator.h"
 #include "kit/ui/mail_compose_sink.h"

@@ -8,7 +8,7 @@
 #include "adsdk/gad_banner_view.h"
 #include "adsdk/gad_interstitial.h"
 #include "adsdk/house_ad_network.h"
-#include "kit/backends/desktop/headless_platform.h"
+#include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/ui/animator.h"
 #include "kit/ui/screen.h"

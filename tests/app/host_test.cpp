@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "app/game_application.h"
-#include "kit/backends/desktop/headless_platform.h"
+#include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/render/sprite_view.h"
 #include "kit/scene/frame_driver.h"

@@ -9,7 +9,7 @@
 
 #include "app/scenario_host.h"
 #include "app/scenario_runner.h"
-#include "kit/backends/desktop/headless_platform.h"
+#include "kit/foundation/headless_platform.h"
 #include "kit/foundation/json.h"
 #include "kit/foundation/temp_dir.h"
 

@@ -10,7 +10,7 @@
 
 #include "game/autoplayer.h"
 #include "game/game_scene.h"
-#include "kit/backends/desktop/headless_platform.h"
+#include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/scene/frame_driver.h"
 #include "names/launch_defaults.h"

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "kit/backends/desktop/headless_platform.h"
+#include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/ui/alert_view.h"
 #include "kit/ui/animator.h"

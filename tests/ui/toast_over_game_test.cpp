@@ -11,7 +11,8 @@
 #include "app/app_scenario_host.h"
 #include "app/host_services.h"
 #include "app/scenario_runner.h"
-#include "kit/backends/desktop/headless_platform.h"
+#include "kit/backends/desktop/desktop_window_system.h"
+#include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/ui/image.h"
 #include "ui/view_toast.h"
@@ -24,7 +25,10 @@ TEST(ToastOverGame, FeedbackToastShowsOverTheHomeScreenAndGoesAway) {
   kit::TempDir dir{"twinlanes-toast-over-game"};
   kit::HeadlessPlatform platform{dir.path() / "prefs", TWINLANES_RESOURCES};
   NoHostServices hostServices;
-  AppScenarioHost host{{TWINLANES_RESOURCES, true, 1}, platform.services(), hostServices};
+  kit::DesktopWindowSystem windows;
+  AppScenarioHost host{{TWINLANES_RESOURCES, true, 1, false, kit::RendererChoice::Auto, &windows},
+                       platform.services(),
+                       hostServices};
   std::ostringstream out;
   ScenarioRunner runner{platform, host, out};
   // The brightest channel of each pixel of a screenshot, row by row.

@@ -8,8 +8,8 @@
 #include <iterator>
 
 #include "kit/backends/desktop/desktop_window_system.h"
-#include "kit/backends/desktop/headless_platform.h"
 #include "kit/backends/desktop/render_window.h"
+#include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/render/application.h"
 #include "kit/render/sprite_view.h"

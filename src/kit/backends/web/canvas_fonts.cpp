@@ -50,6 +50,73 @@ EM_JS(void, tl_text_end, (uint8_t* out), {
   HEAPU8.set(ctx.getImageData(0, 0, ctx.canvas.width, ctx.canvas.height).data, out);
   Module.twinlanesText.drawing = null;
 });
+// Without a page (the scenario runner under node): the advances of the
+// system family's own font file, read once per weight, so that text is as
+// wide as the desktop lays it out (unhinted, unkerned); characters the file
+// has no glyph for (CJK) are an em wide. -1 when the file cannot be read.
+EM_JS(double, tl_text_file_ems, (bool bold, const char* text, int length), {
+  const faces = Module.twinlanesFaces || (Module.twinlanesFaces = {});
+  const key = bold ? 'Bold' : 'Regular';
+  if (!(key in faces)) {
+    faces[key] = null;
+    try {
+      const bytes = require('fs').readFileSync(
+          '/usr/share/fonts/truetype/liberation2/LiberationSans-' + key + '.ttf');
+      const v = new DataView(bytes.buffer, bytes.byteOffset, bytes.byteLength);
+      const tables = {};
+      for (let i = 0, n = v.getUint16(4); i < n; ++i) {
+        const r = 12 + 16 * i;
+        tables[String.fromCharCode(v.getUint8(r), v.getUint8(r + 1), v.getUint8(r + 2),
+                                   v.getUint8(r + 3))] = v.getUint32(r + 8);
+      }
+      const unitsPerEm = v.getUint16(tables.head + 18);
+      const metrics = v.getUint16(tables.hhea + 34);
+      let sub = -1;
+      for (let i = 0, n = v.getUint16(tables.cmap + 2); i < n; ++i) {
+        const r = tables.cmap + 4 + 8 * i;
+        if (v.getUint16(r) === 3 && v.getUint16(r + 2) === 1)
+          sub = tables.cmap + v.getUint32(r + 4);
+      }
+      if (sub < 0 || v.getUint16(sub) !== 4)
+        throw new Error('no Unicode map');
+      const segments = v.getUint16(sub + 6) / 2;
+      const ends = sub + 14, starts = ends + 2 * segments + 2;
+      const deltas = starts + 2 * segments, offsets = deltas + 2 * segments;
+      const glyphOf = (c) => {
+        for (let i = 0; i < segments; ++i) {
+          if (c > v.getUint16(ends + 2 * i))
+            continue;
+          const start = v.getUint16(starts + 2 * i);
+          if (c < start)
+            return 0;
+          const delta = v.getUint16(deltas + 2 * i);
+          const offset = v.getUint16(offsets + 2 * i);
+          if (offset === 0)
+            return (c + delta) & 0xFFFF;
+          const g = v.getUint16(offsets + 2 * i + offset + 2 * (c - start));
+          return g === 0 ? 0 : (g + delta) & 0xFFFF;
+        }
+        return 0;
+      };
+      const advance = (g) => v.getUint16(tables.hmtx + 4 * Math.min(g, metrics - 1));
+      faces[key] = { unitsPerEm, glyphOf, advance };
+    } catch (e) {
+    }
+  }
+  const face = faces[key];
+  if (!face)
+    return -1;
+  let units = 0, ems = 0;
+  for (const ch of UTF8ToString(text, length)) {
+    const c = ch.codePointAt(0);
+    const g = c < 0x10000 ? face.glyphOf(c) : 0;
+    if (g)
+      units += face.advance(g);
+    else
+      ems += 1;
+  }
+  return units / face.unitsPerEm + ems;
+});
 // clang-format on
 
 namespace kit::web {
@@ -94,8 +161,10 @@ std::string cssFont(const Font& font) {
 double measureRun(std::string_view text, const Font& font) {
   if (text.empty())
     return 0;
-  if (!hasCanvas())
-    return estimate(text, font);
+  if (!hasCanvas()) {
+    const double ems = tl_text_file_ems(font.bold, text.data(), static_cast<int>(text.size()));
+    return ems >= 0 ? ems * font.pointSize : estimate(text, font);
+  }
   return tl_text_measure(cssFont(font).c_str(), text.data(), static_cast<int>(text.size()));
 }
 

@@ -1,4 +1,4 @@
-#include "kit/backends/desktop/headless_platform.h"
+#include "kit/foundation/headless_platform.h"
 
 namespace kit {
 
@@ -7,7 +7,9 @@ HeadlessPlatform::HeadlessPlatform(const std::filesystem::path& prefsFolder,
     : log(forwardLog),
       runLoop(clock),
       defaults(prefsFolder, log),
-      bundle(resourceDir, &defaults, log) {}
+      bundle(resourceDir, &defaults, log),
+      httpClient(makeHeadlessHttpClient()),
+      http(*httpClient) {}
 
 Services HeadlessPlatform::services() {
   return Services{clock, runLoop, notifications, defaults, bundle,

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 
-#include "kit/backends/desktop/curl_http_client.h"
+#include "kit/foundation/http.h"
 #include "kit/foundation/services.h"
 
 namespace kit {
@@ -11,7 +12,7 @@ namespace kit {
 // runner: a manual clock, a capturing log (optionally forwarding each line),
 // preferences in a given folder, the bundle of a given resources folder, a
 // recording URL opener, default device facts and a random source seeded
-// with 1. The HTTP client is real.
+// with 1. The HTTP client is the backend's (makeHeadlessHttpClient).
 // Owns every service; services() lends them out and must not outlive it.
 class HeadlessPlatform {
  public:
@@ -29,10 +30,16 @@ class HeadlessPlatform {
   NotificationCenter notifications;
   UserDefaults defaults;
   Bundle bundle;
-  CurlHttpClient http;
+  std::unique_ptr<HttpClient> httpClient;
+  HttpClient& http;
   RecordingUrlOpener urlOpener;
   Device device;
   RandomSource random;
 };
+
+// The backend's HTTP client for headless runs (defined by each backend): the
+// desktop's is real; one without blocking HTTP answers every request with
+// an error.
+std::unique_ptr<HttpClient> makeHeadlessHttpClient();
 
 }  // namespace kit
