@@ -5,8 +5,10 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "adsdk/ad_network.h"
+#include "adsdk/creative_source.h"
 #include "kit/foundation/services.h"
 
 // Whether `id` is an ad unit the network serves: "ca-app-pub-" + 16 digits
@@ -76,6 +78,16 @@ class HouseAdNetwork final : public AdNetwork {
   struct Worker;
   struct Pending;
 
+  using LoadJob = std::function<AdAnswer(CreativeSource&, std::vector<std::string>& warnings)>;
+
+  // Runs `job` on the worker; its answer is delivered once due.
+  void load(uint64_t id, LoadJob job);
+  // Files an answer known on the main thread, delivered once due.
+  void finish(uint64_t id, AdAnswer answer);
+  void startFetch(uint64_t id, const std::string& url, size_t maxBytes,
+                  std::function<void(kit::HttpResponse)> then);
+  void fetchManifest(uint64_t id, const AdSlot& slot, size_t sequence);
+  void fetchPicture(uint64_t id, const AdSlot& slot, size_t sequence, std::string manifest);
   void deliverIfReady(uint64_t id);
   // Debug builds stop a call from any thread but the run loop's.
   void checkMainThread() const;
@@ -84,6 +96,8 @@ class HouseAdNetwork final : public AdNetwork {
   Options options_;
   std::shared_ptr<Shared> shared_;
   std::unique_ptr<Worker> worker_;
+  ServedCreatives* server_ = nullptr;        // the worker's source, when served
+  std::unique_ptr<kit::HttpFetch> started_;  // the fetch of the request being made
   Answer answer_ = Answer::Fill;
   double slowSeconds_ = 0;
   uint64_t nextId_ = 1;

@@ -10,8 +10,8 @@ HeadlessPlatform::HeadlessPlatform(const std::filesystem::path& prefsFolder,
       bundle(resourceDir, &defaults, log) {}
 
 Services HeadlessPlatform::services() {
-  return Services{clock, runLoop, notifications, defaults, bundle,
-                  log,   http,    urlOpener,     device,   random};
+  return Services{clock, runLoop, notifications, defaults, bundle, log,
+                  http,  fetcher, urlOpener,     device,   random};
 }
 
 }  // namespace kit

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "kit/backends/desktop/curl_http_client.h"
+#include "kit/backends/desktop/curl_http_fetcher.h"
 #include "kit/foundation/services.h"
 
 namespace kit {
@@ -30,6 +31,7 @@ class HeadlessPlatform {
   UserDefaults defaults;
   Bundle bundle;
   CurlHttpClient http;
+  CurlHttpFetcher fetcher{runLoop};
   RecordingUrlOpener urlOpener;
   Device device;
   RandomSource random;

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 
+#include "kit/backends/web/browser_http_fetcher.h"
 #include "kit/backends/web/browser_url_opener.h"
 #include "kit/backends/web/local_storage_preferences.h"
 #include "kit/foundation/bundle.h"
@@ -68,6 +69,7 @@ class WebServices {
   UserDefaults defaults;
   Bundle bundle;
   NoBlockingHttp http;
+  BrowserHttpFetcher fetcher{runLoop};
   BrowserUrlOpener urlOpener;
   Device device;
   RandomSource random;
