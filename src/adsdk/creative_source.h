@@ -9,9 +9,9 @@
 #include "kit/foundation/http.h"
 
 // Where a house-ad network finds its manifest and pictures: files below a
-// folder, or URLs below an ad server's manifest URL. Both read on a worker
-// thread; nothing they return is trusted (sizes are capped, and the
-// manifest is checked when read).
+// folder, URLs below an ad server's manifest URL, or what was downloaded
+// from there. Read on the ad network's worker thread; nothing they return is trusted (sizes are
+// capped, and the manifest is checked when read).
 class CreativeSource {
  public:
   // Largest manifest and picture, in bytes.

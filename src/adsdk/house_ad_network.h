@@ -17,20 +17,24 @@ bool isAdUnitID(const std::string& id);
 
 // The network behind the stand-in SDK: house ads for the game itself, from
 // the bundled ads/ folder of the resources or, when the publisher config
-// names an "adServerUrl", from that server. Creatives are read and drawn on
-// a worker thread; each answer is delivered on the main run loop once its
-// delay (0.5 s of the run loop's clock by default) has passed, so a frame
-// never waits for an ad.
+// names an "adServerUrl", from that server. Served manifests and pictures
+// download through the services' HttpFetcher; bundled creatives are read,
+// and every picture drawn, on a worker thread (in place where no thread can
+// start). Each answer is delivered on the main run loop once its delay
+// (0.5 s of the run loop's clock by default) has passed, so a frame never
+// waits for an ad.
 //
 // For tests and scripted runs the network can be told how to answer the
 // next requests (fill, fail, or slow), and made deterministic: each answer
 // then comes at exactly its delay, the main thread waiting for the worker at
-// that moment if it must.
+// that moment if it must (so a deterministic network reads the ad server
+// with the blocking client on its worker).
 //
 // Borrows the services (which outlive it); owned by whoever sets the ads up
 // (views hold it weakly). Destroying it drops pending answers unrun and never
-// waits: a load in flight finishes on the worker and is thrown away (quitting
-// does not wait for a download). Main thread only (checked in debug builds).
+// waits: a download in flight is cancelled, a load in flight finishes on the
+// worker and is thrown away (quitting does not wait for a download). Main thread only (checked in
+// debug builds).
 class HouseAdNetwork final : public AdNetwork {
  public:
   enum class Answer { Fill, Fail, Slow };

@@ -20,8 +20,8 @@
 namespace kit::web {
 
 // The browser has no blocking HTTP (and no threads to hide one in): every
-// request is refused with that reason, so features that need a server (ads
-// from an ad server) fail as an unreachable server would.
+// request is refused with that reason, as an unreachable server would fail.
+// What runs while frames run fetches asynchronously (BrowserHttpFetcher).
 class NoBlockingHttp final : public HttpClient {
  public:
   HttpResponse get(const HttpRequest& request) override;
