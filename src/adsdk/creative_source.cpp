@@ -48,18 +48,26 @@ ServedCreatives::ServedCreatives(kit::HttpClient& http, std::string manifestURL,
               : manifestURL_ + "/";
 }
 
-std::optional<std::string> ServedCreatives::fetch(const std::string& url, size_t maxBytes,
-                                                  AdAnswer& error) {
+kit::HttpRequest ServedCreatives::request(const std::string& url, size_t maxBytes) const {
   kit::HttpRequest request;
   request.url = url;
   request.totalTimeoutMs = totalTimeoutMs_;
   request.connectTimeoutMs = std::min(kConnectTimeoutMs, totalTimeoutMs_);
   request.maxBodyBytes = maxBytes;
-  kit::HttpResponse response = http_.get(request);
+  return request;
+}
+
+AdAnswer ServedCreatives::failure(const std::string& url, const kit::HttpResponse& response) {
+  const GADErrorCode code =
+      response.status >= 400 ? GADErrorCode::ServerError : GADErrorCode::NetworkError;
+  return ::failure(code, "the ad server failed for " + url + ": " + response.error);
+}
+
+std::optional<std::string> ServedCreatives::fetch(const std::string& url, size_t maxBytes,
+                                                  AdAnswer& error) {
+  kit::HttpResponse response = http_.get(request(url, maxBytes));
   if (!response.ok) {
-    const GADErrorCode code =
-        response.status >= 400 ? GADErrorCode::ServerError : GADErrorCode::NetworkError;
-    error = failure(code, "the ad server failed for " + url + ": " + response.error);
+    error = failure(url, response);
     return std::nullopt;
   }
   return std::move(response.body);
@@ -69,12 +77,48 @@ std::optional<std::string> ServedCreatives::manifest(AdAnswer& error) {
   return fetch(manifestURL_, kMaxManifestBytes, error);
 }
 
-std::optional<std::string> ServedCreatives::picture(const std::string& file, AdAnswer& error) {
+std::optional<std::string> ServedCreatives::pictureURL(const std::string& file,
+                                                       AdAnswer& error) const {
   if (!AdManifest::isSafeFile(file)) {
-    error = failure(GADErrorCode::ServerError, "the ad server named a bad picture: " + file);
+    error = ::failure(GADErrorCode::ServerError, "the ad server named a bad picture: " + file);
     return std::nullopt;
   }
-  return fetch(base_ + file, kMaxPictureBytes, error);
+  return base_ + file;
+}
+
+std::optional<std::string> ServedCreatives::picture(const std::string& file, AdAnswer& error) {
+  const std::optional<std::string> url = pictureURL(file, error);
+  return url ? fetch(*url, kMaxPictureBytes, error) : std::nullopt;
+}
+
+std::optional<std::string> FetchedCreatives::picture(const std::string& file, AdAnswer& error) {
+  if (file != file_) {
+    error = ::failure(GADErrorCode::ServerError, "the ad server named a bad picture: " + file);
+    return std::nullopt;
+  }
+  return picture_;
+}
+
+namespace {
+
+// The ad loadCreative() shows and its picture; nullptr when there is none.
+const AdManifest::Entry* chooseEntry(const AdManifest& manifest, const AdSlot& slot,
+                                     size_t sequence) {
+  const std::vector<AdManifest::Entry>& entries = manifest.entries(slot.format);
+  return entries.empty() ? nullptr : &entries[sequence % entries.size()];
+}
+
+}  // namespace
+
+std::optional<std::string> pictureToLoad(const std::string& manifest, const AdSlot& slot,
+                                         size_t sequence) {
+  const kit::Result<AdManifest> parsed = AdManifest::parse(manifest, nullptr);
+  if (!parsed)
+    return std::nullopt;
+  const AdManifest::Entry* entry = chooseEntry(*parsed, slot, sequence);
+  if (!entry)
+    return std::nullopt;
+  return AdManifest::pictureFor(*entry, slot.size).file;
 }
 
 namespace {
@@ -153,13 +197,13 @@ AdAnswer loadCreative(CreativeSource& source, const AdSlot& slot, size_t sequenc
   const kit::Result<AdManifest> manifest = AdManifest::parse(*text, &warnings);
   if (!manifest)
     return failure(source.brokenContentCode(), manifest.error());
-  const std::vector<AdManifest::Entry>& entries = manifest->entries(slot.format);
-  if (entries.empty())
+  const AdManifest::Entry* chosen = chooseEntry(*manifest, slot, sequence);
+  if (!chosen)
     return failure(GADErrorCode::NoFill, slot.format == AdFormat::Banner
                                              ? "no house ad to show in a banner"
                                              : "no house ad to show full screen");
 
-  const AdManifest::Entry& entry = entries[sequence % entries.size()];
+  const AdManifest::Entry& entry = *chosen;
   const AdManifest::Picture& picture = AdManifest::pictureFor(entry, slot.size);
   const std::optional<std::string> bytes = source.picture(picture.file, answer);
   if (!bytes)

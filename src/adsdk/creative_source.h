@@ -9,9 +9,9 @@
 #include "kit/foundation/http.h"
 
 // Where a house-ad network finds its manifest and pictures: files below a
-// folder, or URLs below an ad server's manifest URL. Both read on a worker
-// thread; nothing they return is trusted (sizes are capped, and the
-// manifest is checked when read).
+// folder, URLs below an ad server's manifest URL, or what was downloaded
+// from there. Read on the ad network's worker thread; nothing they return is trusted (sizes are
+// capped, and the manifest is checked when read).
 class CreativeSource {
  public:
   // Largest manifest and picture, in bytes.
@@ -43,8 +43,10 @@ class BundledCreatives final : public CreativeSource {
 };
 
 // A manifest served at an http or https URL, with the pictures at paths
-// relative to it, fetched with short time limits. The client is borrowed,
-// thread-safe, and outlives the source.
+// relative to it, fetched with short time limits. The blocking client is
+// borrowed, thread-safe, and outlives the source; a network that fetches
+// asynchronously uses the same requests and failures (request(), failure())
+// and hands what arrived to FetchedCreatives.
 class ServedCreatives final : public CreativeSource {
  public:
   static constexpr int64_t kConnectTimeoutMs = 3000;
@@ -56,6 +58,14 @@ class ServedCreatives final : public CreativeSource {
   std::optional<std::string> picture(const std::string& file, AdAnswer& error) override;
   GADErrorCode brokenContentCode() const override { return GADErrorCode::ServerError; }
 
+  const std::string& manifestURL() const { return manifestURL_; }
+  // The URL of a picture the manifest named; nullopt (with the failure in
+  // `error`) for a name that could leave the server's folder.
+  std::optional<std::string> pictureURL(const std::string& file, AdAnswer& error) const;
+  kit::HttpRequest request(const std::string& url, size_t maxBytes) const;
+  // Why a response that is not ok brought no ad.
+  static AdAnswer failure(const std::string& url, const kit::HttpResponse& response);
+
  private:
   std::optional<std::string> fetch(const std::string& url, size_t maxBytes, AdAnswer& error);
 
@@ -64,6 +74,27 @@ class ServedCreatives final : public CreativeSource {
   std::string base_;  // the manifest URL up to its last '/'
   int64_t totalTimeoutMs_;
 };
+
+// A served manifest and the one picture of it that was downloaded.
+class FetchedCreatives final : public CreativeSource {
+ public:
+  FetchedCreatives(std::string manifest, std::string file, std::string picture)
+      : manifest_(std::move(manifest)), file_(std::move(file)), picture_(std::move(picture)) {}
+  std::optional<std::string> manifest(AdAnswer&) override { return manifest_; }
+  std::optional<std::string> picture(const std::string& file, AdAnswer& error) override;
+  GADErrorCode brokenContentCode() const override { return GADErrorCode::ServerError; }
+
+ private:
+  std::string manifest_;
+  std::string file_;
+  std::string picture_;
+};
+
+// The picture loadCreative() would read for the slot from this manifest
+// text; nullopt when the manifest is broken or has no ad of the format
+// (loadCreative() then says why).
+std::optional<std::string> pictureToLoad(const std::string& manifest, const AdSlot& slot,
+                                         size_t sequence);
 
 // Loads the `sequence`-th ad of the slot's format (counting round the
 // manifest's entries) from `source`, drawn for the slot: the creative, or

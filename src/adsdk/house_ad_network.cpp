@@ -52,6 +52,7 @@ struct HouseAdNetwork::Pending {
   std::shared_ptr<kit::Timer> timer;
   std::optional<AdAnswer> answer;  // known at once (a refused request), or taken from finished
   bool due = false;                // the answer's delay has passed
+  std::unique_ptr<kit::HttpFetch> fetch;  // a served download in flight
 };
 
 // State reached from timers, posted tasks and the worker. `owner` is valid
@@ -151,8 +152,10 @@ HouseAdNetwork::HouseAdNetwork(const kit::Services& services, Options options)
                                                     ? services_.bundle.resourceDir() / "ads"
                                                     : options_.bundledFolder);
   } else {
-    source = std::make_unique<ServedCreatives>(services_.http, options_.serverURL,
-                                               options_.serverTimeoutMs);
+    auto served = std::make_unique<ServedCreatives>(services_.http, options_.serverURL,
+                                                    options_.serverTimeoutMs);
+    server_ = served.get();
+    source = std::move(served);
   }
   worker_ = std::make_unique<Worker>(std::move(source));
 }
@@ -169,6 +172,7 @@ HouseAdNetwork::~HouseAdNetwork() {
   for (auto& [id, pending] : shared_->pending) {
     if (pending.timer)
       pending.timer->invalidate();
+    pending.fetch.reset();
   }
 }
 
@@ -201,24 +205,12 @@ void HouseAdNetwork::requestAd(const AdSlot& slot, Completion done) {
     if (answer_ == Answer::Slow)
       delay = slowSeconds_;
     const size_t sequence = sequence_[slot.format]++;
-    std::shared_ptr<Shared> shared = shared_;
-    kit::RunLoop& runLoop = services_.runLoop;
-    worker_->post([shared, &runLoop, slot, sequence, id](CreativeSource& source) {
-      Loaded loaded;
-      loaded.answer = loadCreative(source, slot, sequence, loaded.warnings);
-      std::weak_ptr<Shared> weak = shared;
-      {
-        std::lock_guard<std::mutex> lock(shared->mutex);
-        if (shared->closed)
-          return;
-        shared->finished[id] = std::move(loaded);
-        runLoop.post([weak, id] {
-          if (auto s = weak.lock(); s && s->owner)
-            s->owner->deliverIfReady(id);
-        });
-      }
-      shared->finishedChanged.notify_all();
-    });
+    if (server_ && !options_.deterministic)
+      fetchManifest(id, slot, sequence);
+    else
+      load(id, [slot, sequence](CreativeSource& source, std::vector<std::string>& warnings) {
+        return loadCreative(source, slot, sequence, warnings);
+      });
   }
   std::weak_ptr<Shared> weak = shared_;
   pending.timer = services_.runLoop.scheduledTimer(
@@ -232,7 +224,99 @@ void HouseAdNetwork::requestAd(const AdSlot& slot, Completion done) {
         s->owner->deliverIfReady(id);
       },
       false);
-  shared_->pending.emplace(id, std::move(pending));
+  auto [it, added] = shared_->pending.emplace(id, std::move(pending));
+  if (it->second.fetch == nullptr && started_)
+    it->second.fetch = std::move(started_);
+}
+
+void HouseAdNetwork::load(uint64_t id, LoadJob job) {
+  std::shared_ptr<Shared> shared = shared_;
+  kit::RunLoop& runLoop = services_.runLoop;
+  worker_->post([shared, &runLoop, id, job = std::move(job)](CreativeSource& source) {
+    Loaded loaded;
+    loaded.answer = job(source, loaded.warnings);
+    std::weak_ptr<Shared> weak = shared;
+    {
+      std::lock_guard<std::mutex> lock(shared->mutex);
+      if (shared->closed)
+        return;
+      shared->finished[id] = std::move(loaded);
+      runLoop.post([weak, id] {
+        if (auto s = weak.lock(); s && s->owner)
+          s->owner->deliverIfReady(id);
+      });
+    }
+    shared->finishedChanged.notify_all();
+  });
+}
+
+void HouseAdNetwork::finish(uint64_t id, AdAnswer answer) {
+  {
+    std::lock_guard<std::mutex> lock(shared_->mutex);
+    shared_->finished[id] = Loaded{std::move(answer), {}};
+  }
+  deliverIfReady(id);
+}
+
+void HouseAdNetwork::startFetch(uint64_t id, const std::string& url, size_t maxBytes,
+                                std::function<void(kit::HttpResponse)> then) {
+  std::weak_ptr<Shared> weak = shared_;
+  std::unique_ptr<kit::HttpFetch> fetch =
+      services_.fetcher.start(server_->request(url, maxBytes),
+                              [weak, id, then = std::move(then)](kit::HttpResponse response) {
+                                auto s = weak.lock();
+                                if (!s || !s->owner)
+                                  return;
+                                if (auto it = s->pending.find(id); it != s->pending.end())
+                                  it->second.fetch.reset();
+                                then(std::move(response));
+                              });
+  if (auto it = shared_->pending.find(id); it != shared_->pending.end())
+    it->second.fetch = std::move(fetch);
+  else
+    started_ = std::move(fetch);  // requestAd() files it with its request
+}
+
+// The manifest and the chosen picture download on the fetcher, answering on
+// the run loop; the picture is drawn on the worker, which then delivers as
+// any load does.
+void HouseAdNetwork::fetchManifest(uint64_t id, const AdSlot& slot, size_t sequence) {
+  const std::string url = server_->manifestURL();
+  startFetch(id, url, CreativeSource::kMaxManifestBytes,
+             [this, id, slot, sequence, url](kit::HttpResponse response) {
+               if (!response.ok)
+                 return finish(id, ServedCreatives::failure(url, response));
+               fetchPicture(id, slot, sequence, std::move(response.body));
+             });
+}
+
+void HouseAdNetwork::fetchPicture(uint64_t id, const AdSlot& slot, size_t sequence,
+                                  std::string manifest) {
+  const std::optional<std::string> file = pictureToLoad(manifest, slot, sequence);
+  AdAnswer refused;
+  const std::optional<std::string> url = file ? server_->pictureURL(*file, refused) : std::nullopt;
+  if (file && !url)
+    return finish(id, std::move(refused));
+  if (!url) {
+    // Broken or without an ad of the format: the load says why.
+    return load(id, [slot, sequence, manifest = std::move(manifest)](
+                        CreativeSource&, std::vector<std::string>& warnings) {
+      FetchedCreatives fetched(manifest, {}, {});
+      return loadCreative(fetched, slot, sequence, warnings);
+    });
+  }
+  startFetch(id, *url, CreativeSource::kMaxPictureBytes,
+             [this, id, slot, sequence, manifest = std::move(manifest), file = *file,
+              url = *url](kit::HttpResponse response) mutable {
+               if (!response.ok)
+                 return finish(id, ServedCreatives::failure(url, response));
+               load(id, [slot, sequence, manifest = std::move(manifest), file = std::move(file),
+                         bytes = std::move(response.body)](CreativeSource&,
+                                                           std::vector<std::string>& warnings) {
+                 FetchedCreatives fetched(manifest, file, bytes);
+                 return loadCreative(fetched, slot, sequence, warnings);
+               });
+             });
 }
 
 void HouseAdNetwork::deliverIfReady(uint64_t id) {

@@ -5,8 +5,10 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "adsdk/ad_network.h"
+#include "adsdk/creative_source.h"
 #include "kit/foundation/services.h"
 
 // Whether `id` is an ad unit the network serves: "ca-app-pub-" + 16 digits
@@ -15,20 +17,24 @@ bool isAdUnitID(const std::string& id);
 
 // The network behind the stand-in SDK: house ads for the game itself, from
 // the bundled ads/ folder of the resources or, when the publisher config
-// names an "adServerUrl", from that server. Creatives are read and drawn on
-// a worker thread; each answer is delivered on the main run loop once its
-// delay (0.5 s of the run loop's clock by default) has passed, so a frame
-// never waits for an ad.
+// names an "adServerUrl", from that server. Served manifests and pictures
+// download through the services' HttpFetcher; bundled creatives are read,
+// and every picture drawn, on a worker thread (in place where no thread can
+// start). Each answer is delivered on the main run loop once its delay
+// (0.5 s of the run loop's clock by default) has passed, so a frame never
+// waits for an ad.
 //
 // For tests and scripted runs the network can be told how to answer the
 // next requests (fill, fail, or slow), and made deterministic: each answer
 // then comes at exactly its delay, the main thread waiting for the worker at
-// that moment if it must.
+// that moment if it must (so a deterministic network reads the ad server
+// with the blocking client on its worker).
 //
 // Borrows the services (which outlive it); owned by whoever sets the ads up
 // (views hold it weakly). Destroying it drops pending answers unrun and never
-// waits: a load in flight finishes on the worker and is thrown away (quitting
-// does not wait for a download). Main thread only (checked in debug builds).
+// waits: a download in flight is cancelled, a load in flight finishes on the
+// worker and is thrown away (quitting does not wait for a download). Main thread only (checked in
+// debug builds).
 class HouseAdNetwork final : public AdNetwork {
  public:
   enum class Answer { Fill, Fail, Slow };
@@ -76,6 +82,16 @@ class HouseAdNetwork final : public AdNetwork {
   struct Worker;
   struct Pending;
 
+  using LoadJob = std::function<AdAnswer(CreativeSource&, std::vector<std::string>& warnings)>;
+
+  // Runs `job` on the worker; its answer is delivered once due.
+  void load(uint64_t id, LoadJob job);
+  // Files an answer known on the main thread, delivered once due.
+  void finish(uint64_t id, AdAnswer answer);
+  void startFetch(uint64_t id, const std::string& url, size_t maxBytes,
+                  std::function<void(kit::HttpResponse)> then);
+  void fetchManifest(uint64_t id, const AdSlot& slot, size_t sequence);
+  void fetchPicture(uint64_t id, const AdSlot& slot, size_t sequence, std::string manifest);
   void deliverIfReady(uint64_t id);
   // Debug builds stop a call from any thread but the run loop's.
   void checkMainThread() const;
@@ -84,6 +100,8 @@ class HouseAdNetwork final : public AdNetwork {
   Options options_;
   std::shared_ptr<Shared> shared_;
   std::unique_ptr<Worker> worker_;
+  ServedCreatives* server_ = nullptr;        // the worker's source, when served
+  std::unique_ptr<kit::HttpFetch> started_;  // the fetch of the request being made
   Answer answer_ = Answer::Fill;
   double slowSeconds_ = 0;
   uint64_t nextId_ = 1;

@@ -1,7 +1,10 @@
 #include "adsdk/adsdk_fixture.h"
 #include "adsdk/loopback_server.h"
 
+#include <chrono>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
@@ -113,6 +116,23 @@ class ServedAdsTest : public HouseAdNetworkTest {
 
   void serve(const std::string& path) { useNetwork("http://" + server.host() + path); }
 
+  // A network as a player's: downloads through the fetcher, answers as they come.
+  void serveLive(const std::string& path) {
+    network = std::make_shared<HouseAdNetwork>(
+        platform.services(), HouseAdNetwork::Options{.serverURL = "http://" + server.host() + path,
+                                                     .bundledFolder = {},
+                                                     .serverTimeoutMs = 2000});
+  }
+
+  // Frames until `answer` arrives, sleeping between them so downloads can land.
+  void frameUntil(const std::optional<AdAnswer>& answer) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!answer && std::chrono::steady_clock::now() < end) {
+      advance(1.0 / 60);
+      std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+  }
+
   LoopbackServer server;
 };
 
@@ -124,6 +144,42 @@ TEST_F(ServedAdsTest, FetchesTheManifestAndPicturesFromTheServer) {
   EXPECT_EQ((*answer)->creative->name, "served");
   EXPECT_EQ((*answer)->creative->image->pixelAt(10, 10),
             (kit::Image::Pixel{0x1f, 0xbf, 0xae, 0xff}));
+}
+
+TEST_F(ServedAdsTest, DownloadsAnswerOnceAndNoEarlierThanTheirDelay) {
+  std::ofstream(ads.path() / "broken.json") << "{ not json";
+  std::ofstream(ads.path() / "astray.json")
+      << R"({"banners": [{"name": "a", "url": "https://x.example/",
+                          "images": [{"file": "gone.svg", "width": 320, "height": 50}]}]})";
+  serveLive("/ads/manifest.json");
+  int answers = 0;
+  std::optional<AdAnswer> answer;
+  network->requestAd({AdFormat::Banner, kBannerUnit, {320, 50}, 1}, [&](const AdAnswer& a) {
+    ++answers;
+    answer = a;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));  // the downloads land early
+  advance(0.45);
+  EXPECT_FALSE(answer);
+  frameUntil(answer);
+  advance(1);
+  EXPECT_EQ(answers, 1);
+  ASSERT_TRUE(answer && answer->creative) << answer->error->localizedFailureReason();
+  EXPECT_EQ(answer->creative->name, "served");
+  EXPECT_EQ(answer->creative->image->pixelAt(10, 10), (kit::Image::Pixel{0x1f, 0xbf, 0xae, 0xff}));
+
+  for (const auto& [path, reason] :
+       std::vector<std::pair<std::string, std::string>>{{"/ads/broken.json", "not JSON"},
+                                                        {"/ads/astray.json", "404"},
+                                                        {"/nothing/here.json", "404"}}) {
+    serveLive(path);
+    std::optional<AdAnswer> failed;
+    network->requestAd({AdFormat::Banner, kBannerUnit, {320, 50}, 1},
+                       [&](const AdAnswer& a) { failed = a; });
+    frameUntil(failed);
+    ASSERT_TRUE(failed && failed->error) << path;
+    EXPECT_THAT(failed->error->localizedFailureReason(), HasSubstr(reason)) << path;
+  }
 }
 
 TEST_F(ServedAdsTest, AMissingManifestIsAServerErrorAndAStalledOneANetworkError) {

@@ -9,11 +9,13 @@ HeadlessPlatform::HeadlessPlatform(const std::filesystem::path& prefsFolder,
       defaults(prefsFolder, log),
       bundle(resourceDir, &defaults, log),
       httpClient(makeHeadlessHttpClient()),
-      http(*httpClient) {}
+      http(*httpClient),
+      httpFetcher(makeHeadlessHttpFetcher(runLoop)),
+      fetcher(*httpFetcher) {}
 
 Services HeadlessPlatform::services() {
-  return Services{clock, runLoop, notifications, defaults, bundle,
-                  log,   http,    urlOpener,     device,   random};
+  return Services{clock, runLoop, notifications, defaults, bundle, log,
+                  http,  fetcher, urlOpener,     device,   random};
 }
 
 }  // namespace kit

@@ -12,7 +12,8 @@ namespace kit {
 // runner: a manual clock, a capturing log (optionally forwarding each line),
 // preferences in a given folder, the bundle of a given resources folder, a
 // recording URL opener, default device facts and a random source seeded
-// with 1. The HTTP client is the backend's (makeHeadlessHttpClient).
+// with 1. The HTTP client and fetcher are the backend's
+// (makeHeadlessHttpClient, makeHeadlessHttpFetcher).
 // Owns every service; services() lends them out and must not outlive it.
 class HeadlessPlatform {
  public:
@@ -32,6 +33,8 @@ class HeadlessPlatform {
   Bundle bundle;
   std::unique_ptr<HttpClient> httpClient;
   HttpClient& http;
+  std::unique_ptr<HttpFetcher> httpFetcher;
+  HttpFetcher& fetcher;
   RecordingUrlOpener urlOpener;
   Device device;
   RandomSource random;
@@ -41,5 +44,8 @@ class HeadlessPlatform {
 // desktop's is real; one without blocking HTTP answers every request with
 // an error.
 std::unique_ptr<HttpClient> makeHeadlessHttpClient();
+// The backend's asynchronous fetcher for headless runs, answering on
+// `runLoop` (defined by each backend).
+std::unique_ptr<HttpFetcher> makeHeadlessHttpFetcher(RunLoop& runLoop);
 
 }  // namespace kit

@@ -10,6 +10,7 @@
 #include "kit/foundation/run_loop.h"
 #include "kit/foundation/url_opener.h"
 #include "kit/foundation/user_defaults.h"
+#include "kit/platform/http_fetcher.h"
 
 namespace kit {
 
@@ -22,7 +23,8 @@ struct Services {
   UserDefaults& defaults;
   Bundle& bundle;
   Log& log;
-  HttpClient& http;
+  HttpClient& http;      // blocking: for tools and workers
+  HttpFetcher& fetcher;  // asynchronous: for anything done while frames run
   UrlOpener& urlOpener;
   Device& device;
   RandomSource& random;

@@ -1,5 +1,7 @@
 #include "kit/foundation/http.h"
 #include "kit/backends/desktop/curl_http_client.h"
+#include "kit/backends/desktop/curl_http_fetcher.h"
+#include "kit/foundation/run_loop.h"
 
 #include <gtest/gtest.h>
 #include <httplib.h>
@@ -7,8 +9,10 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 namespace kit {
 namespace {
@@ -82,6 +86,34 @@ class HttpTest : public ::testing::Test {
   bool release = false;
   std::atomic<int> loops{0};
   CurlHttpClient client;
+
+  // The asynchronous side: answers arrive through the run loop's passes.
+  struct Answers {
+    std::vector<HttpResponse> responses;
+    std::vector<std::thread::id> threads;
+  };
+
+  std::unique_ptr<HttpFetch> fetch(HttpFetcher& by, const std::string& path, Answers& answers,
+                                   HttpRequest request = {}) {
+    request.url = "http://127.0.0.1:" + std::to_string(port) + path;
+    return by.start(request, [&answers](HttpResponse r) {
+      answers.responses.push_back(std::move(r));
+      answers.threads.push_back(std::this_thread::get_id());
+    });
+  }
+
+  // Runs passes of the run loop until `answers` holds one or `most` passed.
+  void pumpUntilAnswered(const Answers& answers, std::chrono::milliseconds most = 5s) {
+    const auto end = std::chrono::steady_clock::now() + most;
+    while (answers.responses.empty() && std::chrono::steady_clock::now() < end) {
+      runLoop.runOnce();
+      std::this_thread::sleep_for(2ms);
+    }
+  }
+
+  ManualClock clock;
+  RunLoop runLoop{clock};
+  CurlHttpFetcher fetcher{runLoop};
 };
 
 TEST_F(HttpTest, OnlyASuccessfulReplyIsOkAndErrorsSayWhy) {
@@ -141,6 +173,69 @@ TEST_F(HttpTest, BadUrlsAndClosedPortsFailAtOnce) {
     EXPECT_EQ(r.status, 0) << url;
     EXPECT_FALSE(r.error.empty()) << url;
   }
+}
+
+TEST_F(HttpTest, AFetchAnswersOnceOnTheRunLoopWithTheLimitsOfAGet) {
+  Answers hello, large, refused;
+  auto a = fetch(fetcher, "/hello", hello);
+  HttpRequest capped;
+  capped.maxBodyBytes = 4096;
+  auto b = fetch(fetcher, "/endless", large, capped);
+  auto c = fetch(fetcher, "/loop", refused, HttpRequest{.maxRedirects = 0});
+  EXPECT_TRUE(hello.responses.empty());  // never during start()
+  pumpUntilAnswered(hello);
+  pumpUntilAnswered(large);
+  pumpUntilAnswered(refused);
+  for (int i = 0; i < 20; ++i)
+    runLoop.runOnce();
+
+  ASSERT_EQ(hello.responses.size(), 1u);
+  EXPECT_TRUE(hello.responses[0].ok) << hello.responses[0].error;
+  EXPECT_EQ(hello.responses[0].body, "hello there");
+  EXPECT_EQ(hello.threads[0], std::this_thread::get_id());
+  ASSERT_EQ(large.responses.size(), 1u);
+  EXPECT_NE(large.responses[0].error.find("larger than 4096"), std::string::npos);
+  ASSERT_EQ(refused.responses.size(), 1u);
+  EXPECT_FALSE(refused.responses[0].ok);
+}
+
+TEST_F(HttpTest, ADeadOrSilentServerNeverHoldsUpAPass) {
+  Answers dead, silent;
+  HttpRequest request;
+  request.url = "http://127.0.0.1:1/nothing";
+  auto a = fetcher.start(request, [&dead](HttpResponse r) { dead.responses.push_back(r); });
+  HttpRequest brief;
+  brief.totalTimeoutMs = 300;
+  const auto start = std::chrono::steady_clock::now();
+  auto b = fetch(fetcher, "/hang", silent, brief);
+  for (int i = 0; i < 5; ++i)
+    runLoop.runOnce();
+  EXPECT_LT(std::chrono::steady_clock::now() - start,
+            250ms);  // a hang bound: the server waits 10 s
+  pumpUntilAnswered(dead);
+  pumpUntilAnswered(silent);
+  ASSERT_EQ(dead.responses.size(), 1u);
+  EXPECT_FALSE(dead.responses[0].ok);
+  ASSERT_EQ(silent.responses.size(), 1u);
+  EXPECT_NE(silent.responses[0].error.find("timed out"), std::string::npos);
+}
+
+TEST_F(HttpTest, ADroppedFetchOrFetcherNeverAnswersNorWaits) {
+  Answers dropped, orphaned;
+  fetch(fetcher, "/hello", dropped).reset();
+  const auto start = std::chrono::steady_clock::now();
+  {
+    CurlHttpFetcher brief(runLoop);
+    auto handle = fetch(brief, "/hang", orphaned);
+  }  // the transfer is still stalled on the server
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);  // a hang bound: the server waits 10 s
+  const auto end = std::chrono::steady_clock::now() + 300ms;
+  while (std::chrono::steady_clock::now() < end) {
+    runLoop.runOnce();
+    std::this_thread::sleep_for(5ms);
+  }
+  EXPECT_TRUE(dropped.responses.empty());
+  EXPECT_TRUE(orphaned.responses.empty());
 }
 
 }  // namespace

@@ -21,7 +21,8 @@ DesktopServices::DesktopServices(const std::filesystem::path& prefsDir,
       device(Device::detect()) {}
 
 Services DesktopServices::services() {
-  return {clock, runLoop, notifications, defaults, bundle, log, http, urlOpener, device, random};
+  return {clock, runLoop, notifications, defaults, bundle, log,
+          http,  fetcher, urlOpener,     device,   random};
 }
 
 }  // namespace kit

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "kit/backends/desktop/curl_http_client.h"
+#include "kit/backends/desktop/curl_http_fetcher.h"
 #include "kit/backends/desktop/desktop_url_opener.h"
 #include "kit/foundation/services.h"
 
@@ -29,6 +30,7 @@ class DesktopServices {
   UserDefaults defaults;
   Bundle bundle;
   CurlHttpClient http;
+  CurlHttpFetcher fetcher{runLoop};
   DesktopUrlOpener urlOpener;
   Device device;
   RandomSource random;

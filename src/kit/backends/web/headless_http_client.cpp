@@ -1,3 +1,4 @@
+#include "kit/backends/web/browser_http_fetcher.h"
 #include "kit/backends/web/web_services.h"
 #include "kit/foundation/headless_platform.h"
 
@@ -7,6 +8,11 @@ namespace kit {
 // the page.
 std::unique_ptr<HttpClient> makeHeadlessHttpClient() {
   return std::make_unique<web::NoBlockingHttp>();
+}
+
+// The page's fetch where there is one (node has it too).
+std::unique_ptr<HttpFetcher> makeHeadlessHttpFetcher(RunLoop& runLoop) {
+  return std::make_unique<web::BrowserHttpFetcher>(runLoop);
 }
 
 }  // namespace kit

@@ -48,7 +48,8 @@ WebServices::WebServices(const std::filesystem::path& prefsDir,
 }
 
 Services WebServices::services() {
-  return {clock, runLoop, notifications, defaults, bundle, log, http, urlOpener, device, random};
+  return {clock, runLoop, notifications, defaults, bundle, log,
+          http,  fetcher, urlOpener,     device,   random};
 }
 
 void WebServices::mirrorPreferences() {

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 
+#include "kit/backends/web/browser_http_fetcher.h"
 #include "kit/backends/web/browser_url_opener.h"
 #include "kit/backends/web/local_storage_preferences.h"
 #include "kit/foundation/bundle.h"
@@ -19,8 +20,8 @@
 namespace kit::web {
 
 // The browser has no blocking HTTP (and no threads to hide one in): every
-// request is refused with that reason, so features that need a server (ads
-// from an ad server) fail as an unreachable server would.
+// request is refused with that reason, as an unreachable server would fail.
+// What runs while frames run fetches asynchronously (BrowserHttpFetcher).
 class NoBlockingHttp final : public HttpClient {
  public:
   HttpResponse get(const HttpRequest& request) override;
@@ -68,6 +69,7 @@ class WebServices {
   UserDefaults defaults;
   Bundle bundle;
   NoBlockingHttp http;
+  BrowserHttpFetcher fetcher{runLoop};
   BrowserUrlOpener urlOpener;
   Device device;
   RandomSource random;
