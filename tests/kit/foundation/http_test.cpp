@@ -181,7 +181,9 @@ TEST_F(HttpTest, AFetchAnswersOnceOnTheRunLoopWithTheLimitsOfAGet) {
   HttpRequest capped;
   capped.maxBodyBytes = 4096;
   auto b = fetch(fetcher, "/endless", large, capped);
-  auto c = fetch(fetcher, "/loop", refused, HttpRequest{.maxRedirects = 0});
+  HttpRequest noRedirects;
+  noRedirects.maxRedirects = 0;
+  auto c = fetch(fetcher, "/loop", refused, noRedirects);
   EXPECT_TRUE(hello.responses.empty());  // never during start()
   pumpUntilAnswered(hello);
   pumpUntilAnswered(large);
