@@ -11,7 +11,6 @@
 #include "kit/render/application.h"
 #include "kit/render/sprite_view.h"
 #include "kit/ui/alert_view.h"
-#include "kit/ui/label.h"
 #include "kit/ui/window.h"
 #include "names/notification_names.h"
 #include "names/preference_keys.h"
@@ -475,33 +474,9 @@ kit::Value ScenarioRunner::dump() {
 }
 
 void ScenarioRunner::describeRating(kit::Value::Dictionary& state) const {
-  kit::Application* app = host_->application();
-  auto window = app ? app->window() : nullptr;
-  kit::Value alert;
-  if (auto shown = window ? kit::AlertView::visibleAlert(*window) : nullptr) {
-    kit::Value::Array buttons;
-    for (int i = 0; i < shown->numberOfButtons(); ++i)
-      buttons.emplace_back(shown->buttonTitleAtIndex(i));
-    alert = kit::Value::Dictionary{{"title", shown->title()},
-                                   {"message", shown->message()},
-                                   {"buttons", std::move(buttons)},
-                                   {"tag", shown->tag()}};
-  }
-  state["alert"] = std::move(alert);
-
-  // Toasts lie on the game's view while they are up.
-  kit::Value::Array toasts;
-  if (auto gameView = app ? app->spriteView() : nullptr) {
-    for (const auto& toast : gameView->subviews()) {
-      if (toast->isHidden() || toast->presentationAlpha() <= 0)
-        continue;
-      for (const auto& part : toast->subviews()) {
-        if (auto label = std::dynamic_pointer_cast<kit::Label>(part))
-          toasts.emplace_back(label->text());
-      }
-    }
-  }
-  state["toasts"] = std::move(toasts);
+  const kit::Application* app = host_->application();
+  state["alert"] = describeAlert(app);
+  state["toasts"] = describeToasts(app);
 
   kit::Value::Array mails;
   if (kit::RecordingMailSink* sink = ads_ ? ads_->recordedMail() : nullptr) {

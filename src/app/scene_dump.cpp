@@ -3,6 +3,12 @@
 #include <algorithm>
 #include <memory>
 
+#include "kit/render/application.h"
+#include "kit/render/sprite_view.h"
+#include "kit/ui/alert_view.h"
+#include "kit/ui/label.h"
+#include "kit/ui/window.h"
+
 namespace {
 
 using kit::Value;
@@ -89,4 +95,35 @@ kit::Value::Dictionary describeScene(const GameScene& scene) {
       {"lines", Value::Dictionary{{"left", describeLine(scene.leftLineNode())},
                                   {"right", describeLine(scene.rightLineNode())}}},
   };
+}
+
+kit::Value describeAlert(const kit::Application* app) {
+  auto window = app ? app->window() : nullptr;
+  auto shown = window ? kit::AlertView::visibleAlert(*window) : nullptr;
+  if (!shown)
+    return kit::Value();
+  kit::Value::Array buttons;
+  for (int i = 0; i < shown->numberOfButtons(); ++i)
+    buttons.emplace_back(shown->buttonTitleAtIndex(i));
+  return kit::Value::Dictionary{{"title", shown->title()},
+                                {"message", shown->message()},
+                                {"buttons", std::move(buttons)},
+                                {"tag", shown->tag()}};
+}
+
+kit::Value::Array describeToasts(const kit::Application* app) {
+  // Toasts lie on the game's view while they are up.
+  kit::Value::Array toasts;
+  auto gameView = app ? app->spriteView() : nullptr;
+  if (!gameView)
+    return toasts;
+  for (const auto& toast : gameView->subviews()) {
+    if (toast->isHidden() || toast->presentationAlpha() <= 0)
+      continue;
+    for (const auto& part : toast->subviews()) {
+      if (auto label = std::dynamic_pointer_cast<kit::Label>(part))
+        toasts.emplace_back(label->text());
+    }
+  }
+  return toasts;
 }

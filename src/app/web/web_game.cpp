@@ -11,10 +11,9 @@
 #include "kit/foundation/preferred_languages.h"
 #include "kit/render/sprite_view.h"
 #include "kit/scene/frame_driver.h"
-#include "kit/ui/alert_view.h"
-#include "kit/ui/label.h"
 #include "kit/ui/window.h"
 #include "names/notification_names.h"
+#include "names/preference_keys.h"
 
 namespace {
 
@@ -126,32 +125,10 @@ std::string WebGame::dump() const {
        static_cast<long long>(services_.notifications.postCount(notification::kSoundChange))}};
   if (ads_.network())
     state["ads"] = ads_.describe();
-  kit::Value alert;
-  auto window = application_->window();
-  if (auto shown = window ? kit::AlertView::visibleAlert(*window) : nullptr) {
-    kit::Value::Array buttons;
-    for (int i = 0; i < shown->numberOfButtons(); ++i)
-      buttons.emplace_back(shown->buttonTitleAtIndex(i));
-    alert = kit::Value::Dictionary{{"title", shown->title()},
-                                   {"message", shown->message()},
-                                   {"buttons", std::move(buttons)},
-                                   {"tag", shown->tag()}};
-  }
-  state["alert"] = std::move(alert);
-  kit::Value::Array toasts;
-  if (auto gameView = application_->spriteView()) {
-    for (const auto& toast : gameView->subviews()) {
-      if (toast->isHidden() || toast->presentationAlpha() <= 0)
-        continue;
-      for (const auto& part : toast->subviews()) {
-        if (auto label = std::dynamic_pointer_cast<kit::Label>(part))
-          toasts.emplace_back(label->text());
-      }
-    }
-  }
-  state["toasts"] = std::move(toasts);
+  state["alert"] = describeAlert(application_.get());
+  state["toasts"] = describeToasts(application_.get());
   const std::optional<kit::Value::Array> languages =
-      services_.defaults.arrayForKey("AppleLanguages");
+      services_.defaults.arrayForKey(prefkey::kLanguages);
   state["language"] = languages && !languages->empty() ? languages->front() : kit::Value();
   return kit::toJson(kit::Value(std::move(state)));
 }
