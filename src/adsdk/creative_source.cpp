@@ -38,9 +38,8 @@ std::optional<std::string> BundledCreatives::picture(const std::string& file, Ad
   return bytes;
 }
 
-ServedCreatives::ServedCreatives(kit::HttpClient& http, std::string manifestURL,
-                                 int64_t totalTimeoutMs)
-    : http_(http), manifestURL_(std::move(manifestURL)), totalTimeoutMs_(totalTimeoutMs) {
+ServedCreatives::ServedCreatives(std::string manifestURL, int64_t totalTimeoutMs)
+    : manifestURL_(std::move(manifestURL)), totalTimeoutMs_(totalTimeoutMs) {
   const size_t slash = manifestURL_.rfind('/');
   const size_t scheme = manifestURL_.find("://");
   base_ = slash != std::string::npos && scheme != std::string::npos && slash > scheme + 2
@@ -63,20 +62,6 @@ AdAnswer ServedCreatives::failure(const std::string& url, const kit::HttpRespons
   return ::failure(code, "the ad server failed for " + url + ": " + response.error);
 }
 
-std::optional<std::string> ServedCreatives::fetch(const std::string& url, size_t maxBytes,
-                                                  AdAnswer& error) {
-  kit::HttpResponse response = http_.get(request(url, maxBytes));
-  if (!response.ok) {
-    error = failure(url, response);
-    return std::nullopt;
-  }
-  return std::move(response.body);
-}
-
-std::optional<std::string> ServedCreatives::manifest(AdAnswer& error) {
-  return fetch(manifestURL_, kMaxManifestBytes, error);
-}
-
 std::optional<std::string> ServedCreatives::pictureURL(const std::string& file,
                                                        AdAnswer& error) const {
   if (!AdManifest::isSafeFile(file)) {
@@ -84,11 +69,6 @@ std::optional<std::string> ServedCreatives::pictureURL(const std::string& file,
     return std::nullopt;
   }
   return base_ + file;
-}
-
-std::optional<std::string> ServedCreatives::picture(const std::string& file, AdAnswer& error) {
-  const std::optional<std::string> url = pictureURL(file, error);
-  return url ? fetch(*url, kMaxPictureBytes, error) : std::nullopt;
 }
 
 std::optional<std::string> FetchedCreatives::picture(const std::string& file, AdAnswer& error) {

@@ -9,8 +9,8 @@
 #include "kit/foundation/http.h"
 
 // Where a house-ad network finds its manifest and pictures: files below a
-// folder, URLs below an ad server's manifest URL, or what was downloaded
-// from there. Read on the ad network's worker thread; nothing they return is trusted (sizes are
+// folder, or what was downloaded from an ad server. Read on the ad
+// network's worker thread; nothing they return is trusted (sizes are
 // capped, and the manifest is checked when read).
 class CreativeSource {
  public:
@@ -43,20 +43,15 @@ class BundledCreatives final : public CreativeSource {
 };
 
 // A manifest served at an http or https URL, with the pictures at paths
-// relative to it, fetched with short time limits. The blocking client is
-// borrowed, thread-safe, and outlives the source; a network that fetches
-// asynchronously uses the same requests and failures (request(), failure())
-// and hands what arrived to FetchedCreatives.
-class ServedCreatives final : public CreativeSource {
+// relative to it: the requests (with short time limits) a network downloads
+// them with, and what a failed download means. What arrived goes to
+// FetchedCreatives.
+class ServedCreatives final {
  public:
   static constexpr int64_t kConnectTimeoutMs = 3000;
   static constexpr int64_t kTotalTimeoutMs = 6000;
 
-  ServedCreatives(kit::HttpClient& http, std::string manifestURL,
-                  int64_t totalTimeoutMs = kTotalTimeoutMs);
-  std::optional<std::string> manifest(AdAnswer& error) override;
-  std::optional<std::string> picture(const std::string& file, AdAnswer& error) override;
-  GADErrorCode brokenContentCode() const override { return GADErrorCode::ServerError; }
+  explicit ServedCreatives(std::string manifestURL, int64_t totalTimeoutMs = kTotalTimeoutMs);
 
   const std::string& manifestURL() const { return manifestURL_; }
   // The URL of a picture the manifest named; nullopt (with the failure in
@@ -67,9 +62,6 @@ class ServedCreatives final : public CreativeSource {
   static AdAnswer failure(const std::string& url, const kit::HttpResponse& response);
 
  private:
-  std::optional<std::string> fetch(const std::string& url, size_t maxBytes, AdAnswer& error);
-
-  kit::HttpClient& http_;
   std::string manifestURL_;
   std::string base_;  // the manifest URL up to its last '/'
   int64_t totalTimeoutMs_;

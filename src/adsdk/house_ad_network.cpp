@@ -63,26 +63,22 @@ struct HouseAdNetwork::Shared {
   std::map<uint64_t, Pending> pending;  // main thread only
 
   std::mutex mutex;  // guards finished and closed
-  std::condition_variable finishedChanged;
   std::map<uint64_t, Loaded> finished;
   bool closed = false;  // the network is gone: loads are dropped
 };
 
 // One thread that reads and draws creatives, one request at a time. Queued
 // loads are dropped when it stops; the one in flight is left to finish on its
-// own (the thread owns what it uses), so stopping never waits for a download.
+// own (the job owns what it uses), so stopping never waits for it.
 struct HouseAdNetwork::Worker {
   struct State {
-    explicit State(std::unique_ptr<CreativeSource> s) : source(std::move(s)) {}
-    std::unique_ptr<CreativeSource> source;  // used on the worker thread only
     std::mutex mutex;
     std::condition_variable wake;
-    std::deque<std::function<void(CreativeSource&)>> jobs;
+    std::deque<std::function<void()>> jobs;
     bool stop = false;
   };
 
-  explicit Worker(std::unique_ptr<CreativeSource> s)
-      : state(std::make_shared<State>(std::move(s))) {}
+  explicit Worker(bool inPlace) : inPlace(inPlace) {}
   ~Worker() {
     {
       std::lock_guard<std::mutex> lock(state->mutex);
@@ -94,10 +90,10 @@ struct HouseAdNetwork::Worker {
       thread.detach();
   }
 
-  void post(std::function<void(CreativeSource&)> job) {
+  void post(std::function<void()> job) {
     {
       std::lock_guard<std::mutex> lock(state->mutex);
-      if (!inline_) {
+      if (!inPlace) {
         state->jobs.push_back(std::move(job));
         try {
           if (!thread.joinable())
@@ -108,18 +104,18 @@ struct HouseAdNetwork::Worker {
           // A platform without threads (the browser): from now on creatives
           // load where they are asked for, and the answers still wait
           // for their delay on the run loop.
-          inline_ = true;
+          inPlace = true;
           job = std::move(state->jobs.back());
           state->jobs.clear();
         }
       }
     }
-    job(*state->source);
+    job();
   }
 
   static void run(State& s) {
     for (;;) {
-      std::function<void(CreativeSource&)> job;
+      std::function<void()> job;
       {
         std::unique_lock<std::mutex> lock(s.mutex);
         s.wake.wait(lock, [&s] { return s.stop || !s.jobs.empty(); });
@@ -130,13 +126,13 @@ struct HouseAdNetwork::Worker {
         job = std::move(s.jobs.front());
         s.jobs.pop_front();
       }
-      job(*s.source);
+      job();
     }
   }
 
-  std::shared_ptr<State> state;
+  std::shared_ptr<State> state = std::make_shared<State>();
   std::thread thread;
-  bool inline_ = false;
+  bool inPlace;
 };
 
 void HouseAdNetwork::checkMainThread() const {
@@ -146,18 +142,14 @@ void HouseAdNetwork::checkMainThread() const {
 HouseAdNetwork::HouseAdNetwork(const kit::Services& services, Options options)
     : services_(services), options_(std::move(options)), shared_(std::make_shared<Shared>()) {
   shared_->owner = this;
-  std::unique_ptr<CreativeSource> source;
   if (options_.serverURL.empty()) {
-    source = std::make_unique<BundledCreatives>(options_.bundledFolder.empty()
-                                                    ? services_.bundle.resourceDir() / "ads"
-                                                    : options_.bundledFolder);
+    bundled_ = std::make_shared<BundledCreatives>(options_.bundledFolder.empty()
+                                                      ? services_.bundle.resourceDir() / "ads"
+                                                      : options_.bundledFolder);
   } else {
-    auto served = std::make_unique<ServedCreatives>(services_.http, options_.serverURL,
-                                                    options_.serverTimeoutMs);
-    server_ = served.get();
-    source = std::move(served);
+    server_.emplace(options_.serverURL, options_.serverTimeoutMs);
   }
-  worker_ = std::make_unique<Worker>(std::move(source));
+  worker_ = std::make_unique<Worker>(options_.deterministic);
 }
 
 HouseAdNetwork::~HouseAdNetwork() {
@@ -205,11 +197,11 @@ void HouseAdNetwork::requestAd(const AdSlot& slot, Completion done) {
     if (answer_ == Answer::Slow)
       delay = slowSeconds_;
     const size_t sequence = sequence_[slot.format]++;
-    if (server_ && !options_.deterministic)
+    if (server_)
       fetchManifest(id, slot, sequence);
     else
-      load(id, [slot, sequence](CreativeSource& source, std::vector<std::string>& warnings) {
-        return loadCreative(source, slot, sequence, warnings);
+      load(id, [source = bundled_, slot, sequence](std::vector<std::string>& warnings) {
+        return loadCreative(*source, slot, sequence, warnings);
       });
   }
   std::weak_ptr<Shared> weak = shared_;
@@ -232,21 +224,18 @@ void HouseAdNetwork::requestAd(const AdSlot& slot, Completion done) {
 void HouseAdNetwork::load(uint64_t id, LoadJob job) {
   std::shared_ptr<Shared> shared = shared_;
   kit::RunLoop& runLoop = services_.runLoop;
-  worker_->post([shared, &runLoop, id, job = std::move(job)](CreativeSource& source) {
+  worker_->post([shared, &runLoop, id, job = std::move(job)] {
     Loaded loaded;
-    loaded.answer = job(source, loaded.warnings);
+    loaded.answer = job(loaded.warnings);
     std::weak_ptr<Shared> weak = shared;
-    {
-      std::lock_guard<std::mutex> lock(shared->mutex);
-      if (shared->closed)
-        return;
-      shared->finished[id] = std::move(loaded);
-      runLoop.post([weak, id] {
-        if (auto s = weak.lock(); s && s->owner)
-          s->owner->deliverIfReady(id);
-      });
-    }
-    shared->finishedChanged.notify_all();
+    std::lock_guard<std::mutex> lock(shared->mutex);
+    if (shared->closed)
+      return;
+    shared->finished[id] = std::move(loaded);
+    runLoop.post([weak, id] {
+      if (auto s = weak.lock(); s && s->owner)
+        s->owner->deliverIfReady(id);
+    });
   });
 }
 
@@ -278,8 +267,8 @@ void HouseAdNetwork::startFetch(uint64_t id, const std::string& url, size_t maxB
 }
 
 // The manifest and the chosen picture download on the fetcher, answering on
-// the run loop; the picture is drawn on the worker, which then delivers as
-// any load does.
+// the run loop; the picture is drawn on the worker (in place when
+// deterministic), which then delivers as any load does.
 void HouseAdNetwork::fetchManifest(uint64_t id, const AdSlot& slot, size_t sequence) {
   const std::string url = server_->manifestURL();
   startFetch(id, url, CreativeSource::kMaxManifestBytes,
@@ -299,11 +288,11 @@ void HouseAdNetwork::fetchPicture(uint64_t id, const AdSlot& slot, size_t sequen
     return finish(id, std::move(refused));
   if (!url) {
     // Broken or without an ad of the format: the load says why.
-    return load(id, [slot, sequence, manifest = std::move(manifest)](
-                        CreativeSource&, std::vector<std::string>& warnings) {
-      FetchedCreatives fetched(manifest, {}, {});
-      return loadCreative(fetched, slot, sequence, warnings);
-    });
+    return load(
+        id, [slot, sequence, manifest = std::move(manifest)](std::vector<std::string>& warnings) {
+          FetchedCreatives fetched(manifest, {}, {});
+          return loadCreative(fetched, slot, sequence, warnings);
+        });
   }
   startFetch(id, *url, CreativeSource::kMaxPictureBytes,
              [this, id, slot, sequence, manifest = std::move(manifest), file = *file,
@@ -311,19 +300,39 @@ void HouseAdNetwork::fetchPicture(uint64_t id, const AdSlot& slot, size_t sequen
                if (!response.ok)
                  return finish(id, ServedCreatives::failure(url, response));
                load(id, [slot, sequence, manifest = std::move(manifest), file = std::move(file),
-                         bytes = std::move(response.body)](CreativeSource&,
-                                                           std::vector<std::string>& warnings) {
+                         bytes = std::move(response.body)](std::vector<std::string>& warnings) {
                  FetchedCreatives fetched(manifest, file, bytes);
                  return loadCreative(fetched, slot, sequence, warnings);
                });
              });
 }
 
+void HouseAdNetwork::awaitDueAnswers() {
+  checkMainThread();
+  if (!options_.deterministic)
+    return;
+  const int64_t now = services_.runLoop.clock().monotonicNanos();
+  const auto downloadDue = [this, now] {
+    return std::any_of(shared_->pending.begin(), shared_->pending.end(), [now](const auto& entry) {
+      const Pending& p = entry.second;
+      return p.fetch && p.timer && p.timer->isValid() && p.timer->fireDate() <= now;
+    });
+  };
+  const auto end =
+      std::chrono::steady_clock::now() + std::chrono::duration<double>(kDeterministicWaitSeconds);
+  while (downloadDue()) {
+    const std::chrono::duration<double> left = end - std::chrono::steady_clock::now();
+    if (left.count() <= 0 || !services_.fetcher.waitForAnswer(left.count()))
+      return;  // the request fails with a timeout when it is due
+    services_.runLoop.runPosted();
+  }
+}
+
 void HouseAdNetwork::deliverIfReady(uint64_t id) {
   checkMainThread();
   auto it = shared_->pending.find(id);
   if (it == shared_->pending.end()) {
-    // Answered already (a deterministic wait gave up): drop the late load.
+    // Answered already: drop the late load.
     std::lock_guard<std::mutex> lock(shared_->mutex);
     shared_->finished.erase(id);
     return;
@@ -332,12 +341,7 @@ void HouseAdNetwork::deliverIfReady(uint64_t id) {
   if (!pending.due)
     return;
   if (!pending.answer) {
-    std::unique_lock<std::mutex> lock(shared_->mutex);
-    if (options_.deterministic) {
-      shared_->finishedChanged.wait_for(lock,
-                                        std::chrono::duration<double>(kDeterministicWaitSeconds),
-                                        [&] { return shared_->finished.count(id) != 0; });
-    }
+    std::lock_guard<std::mutex> lock(shared_->mutex);
     auto loaded = shared_->finished.find(id);
     if (loaded != shared_->finished.end()) {
       for (const std::string& line : loaded->second.warnings)

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,15 +27,16 @@ bool isAdUnitID(const std::string& id);
 //
 // For tests and scripted runs the network can be told how to answer the
 // next requests (fill, fail, or slow), and made deterministic: each answer
-// then comes at exactly its delay, the main thread waiting for the worker at
-// that moment if it must (so a deterministic network reads the ad server
-// with the blocking client on its worker).
+// then comes at exactly its delay, whenever the downloads land. Creatives
+// are read and drawn in place, and whoever drives the clock calls
+// awaitDueAnswers() before each frame, which holds the frame until the
+// downloads of the answers due in it are in.
 //
 // Borrows the services (which outlive it); owned by whoever sets the ads up
 // (views hold it weakly). Destroying it drops pending answers unrun and never
 // waits: a download in flight is cancelled, a load in flight finishes on the
-// worker and is thrown away (quitting does not wait for a download). Main thread only (checked in
-// debug builds).
+// worker and is thrown away (quitting does not wait for a download). Main
+// thread only (checked in debug builds).
 class HouseAdNetwork final : public AdNetwork {
  public:
   enum class Answer { Fill, Fail, Slow };
@@ -50,8 +52,8 @@ class HouseAdNetwork final : public AdNetwork {
     bool deterministic = false;
   };
 
-  // The longest a deterministic answer waits for the worker before the
-  // request fails with a timeout.
+  // The longest awaitDueAnswers() holds a frame for downloads; a request
+  // whose download is still out then fails with a timeout.
   static constexpr double kDeterministicWaitSeconds = 30;
 
   HouseAdNetwork(const kit::Services& services, Options options);
@@ -68,6 +70,11 @@ class HouseAdNetwork final : public AdNetwork {
   Answer answer() const { return answer_; }
 
   void requestAd(const AdSlot& slot, Completion done) override;
+  // For a deterministic network, before the frame at the clock's present
+  // time runs: waits for the downloads of the answers due by then, handing
+  // them over on the run loop. Does nothing otherwise. Call between frames,
+  // never from a callback.
+  void awaitDueAnswers();
   void openClickThrough(const AdCreative& creative) override;
   void recordImpression(AdFormat format, const AdCreative& creative) override;
 
@@ -82,9 +89,10 @@ class HouseAdNetwork final : public AdNetwork {
   struct Worker;
   struct Pending;
 
-  using LoadJob = std::function<AdAnswer(CreativeSource&, std::vector<std::string>& warnings)>;
+  using LoadJob = std::function<AdAnswer(std::vector<std::string>& warnings)>;
 
-  // Runs `job` on the worker; its answer is delivered once due.
+  // Runs `job` on the worker (in place when deterministic); its answer is
+  // delivered once due.
   void load(uint64_t id, LoadJob job);
   // Files an answer known on the main thread, delivered once due.
   void finish(uint64_t id, AdAnswer answer);
@@ -100,7 +108,8 @@ class HouseAdNetwork final : public AdNetwork {
   Options options_;
   std::shared_ptr<Shared> shared_;
   std::unique_ptr<Worker> worker_;
-  ServedCreatives* server_ = nullptr;        // the worker's source, when served
+  std::shared_ptr<CreativeSource> bundled_;  // read by loads, when not served
+  std::optional<ServedCreatives> server_;    // when served
   std::unique_ptr<kit::HttpFetch> started_;  // the fetch of the request being made
   Answer answer_ = Answer::Fill;
   double slowSeconds_ = 0;

@@ -392,6 +392,8 @@ void ScenarioRunner::runFrames(int64_t count, std::string_view command) {
   for (int64_t i = 0; i < count; ++i) {
     const int64_t due = frame_ * kit::kNanosPerSecond / 60;
     platform_->clock.advance(due - platform_->clock.monotonicNanos());
+    if (HouseAdNetwork* network = ads_ ? ads_->network() : nullptr)
+      network->awaitDueAnswers();
     if (autoplay_) {
       auto touches = autoplayer_.touchesFor(game);
       if (!touches.empty())

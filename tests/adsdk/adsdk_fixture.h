@@ -42,20 +42,23 @@ class AdsdkTest : public ::testing::Test {
     kit::Screen::main().setScale(kit::Screen::kDefaultScale);
   }
 
-  // A fresh deterministic network on the ad server at `url`, or else on `folder`.
-  void useNetwork(const std::string& url, const std::filesystem::path& folder = {}) {
+  // A fresh deterministic network on the ad server at `url`, or else on
+  // `folder`; a live one (a player's, loading on its worker) when asked.
+  void useNetwork(const std::string& url, const std::filesystem::path& folder = {},
+                  bool deterministic = true) {
     HouseAdNetwork::Options options{.serverURL = url, .bundledFolder = folder};
     options.serverTimeoutMs = 500;
-    options.deterministic = true;
+    options.deterministic = deterministic;
     network = std::make_shared<HouseAdNetwork>(platform.services(), options);
   }
 
   // A network on a folder holding `manifest` and, when given, n.svg.
-  void useFolder(const std::string& manifest, const std::string& picture = "") {
+  void useFolder(const std::string& manifest, const std::string& picture = "",
+                 bool deterministic = true) {
     std::ofstream(ads.path() / "manifest.json") << manifest;
     if (!picture.empty())
       std::ofstream(ads.path() / "n.svg") << picture;
-    useNetwork("", ads.path());
+    useNetwork("", ads.path(), deterministic);
   }
 
   std::shared_ptr<GADBannerView> banner() {
@@ -75,10 +78,13 @@ class AdsdkTest : public ::testing::Test {
     return ad;
   }
 
-  // Moves time on in 60 Hz frames: the run loop, then the animations.
+  // Moves time on in 60 Hz frames, as the scenario runner does: the ads'
+  // downloads due, the run loop, then the animations.
   void advance(double seconds) {
     for (int64_t i = 0; i < std::llround(seconds * 60); ++i) {
       platform.clock.advance(kit::kNanosPerSecond / 60);
+      if (network)
+        network->awaitDueAnswers();
       platform.runLoop.runOnce();
       animator.tick();
     }

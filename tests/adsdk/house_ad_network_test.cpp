@@ -2,6 +2,9 @@
 #include "adsdk/loopback_server.h"
 
 #include <chrono>
+#include <iterator>
+#include <list>
+#include <map>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -41,8 +44,19 @@ class HouseAdNetworkTest : public AdsdkTest {
   std::string failure(const std::string& unit = kBannerUnit) {
     auto answer = ask(AdFormat::Banner, {320, 50}, unit);
     advance(0.6);
+    frameUntil(*answer);  // a live network's worker may take longer
     const auto error = answer->value_or(AdAnswer{}).error;
     return error ? std::to_string(int(error->code())) + " " + error->localizedFailureReason() : "";
+  }
+
+  // Frames until `answer` arrives, sleeping between them so downloads and
+  // loads on the worker can land.
+  void frameUntil(const std::optional<AdAnswer>& answer) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!answer && std::chrono::steady_clock::now() < end) {
+      advance(1.0 / 60);
+      std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
   }
 };
 
@@ -87,7 +101,7 @@ TEST_F(HouseAdNetworkTest, AnSvgFailingOnTheWorkerLeavesNothingBehindWhenItStops
        {R"(<svg width="1e-50" height="1e-50"></svg>)", R"(<svg width="50%" height="50%"></svg>)",
         R"(<svg width="1e-6em" height="1e-6em"></svg>)",
         R"(<svg viewBox="0 0 1e-50 1e-50"></svg>)"}) {
-    useFolder(R"({"banners": [)" + entry + "]}", svg);
+    useFolder(R"({"banners": [)" + entry + "]}", svg, /*deterministic=*/false);
     EXPECT_THAT(failure(), HasSubstr("n.svg: not a usable SVG")) << svg;
     network.reset();  // the worker ends
     EXPECT_FALSE(leaksFound()) << svg;
@@ -122,15 +136,6 @@ class ServedAdsTest : public HouseAdNetworkTest {
         platform.services(), HouseAdNetwork::Options{.serverURL = "http://" + server.host() + path,
                                                      .bundledFolder = {},
                                                      .serverTimeoutMs = 2000});
-  }
-
-  // Frames until `answer` arrives, sleeping between them so downloads can land.
-  void frameUntil(const std::optional<AdAnswer>& answer) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!answer && std::chrono::steady_clock::now() < end) {
-      advance(1.0 / 60);
-      std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
   }
 
   LoopbackServer server;
@@ -213,6 +218,92 @@ TEST_F(ServedAdsTest, QuittingDoesNotWaitForADownloadInFlight) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
   advance(1);
   EXPECT_FALSE(*answer);  // the dropped load never answers
+}
+
+// Holds every download until the frames wait for one, then hands over the
+// oldest or the newest held first; a fetcher that cannot wait (as the
+// browser's) hands over nothing.
+class HeldFetcher final : public kit::HttpFetcher {
+ public:
+  enum class Order { OldestFirst, NewestFirst, CannotWait };
+  HeldFetcher(kit::RunLoop& runLoop, Order order, std::map<std::string, std::string> files)
+      : runLoop_(runLoop), order_(order), files_(std::move(files)) {}
+
+  std::unique_ptr<kit::HttpFetch> start(const kit::HttpRequest& request, Done done) override {
+    held_.emplace_back(request.url, std::move(done));
+    return std::make_unique<kit::HttpFetch>();
+  }
+  bool waitForAnswer(double) override {
+    if (order_ == Order::CannotWait || held_.empty())
+      return false;
+    auto it = order_ == Order::NewestFirst ? std::prev(held_.end()) : held_.begin();
+    kit::HttpResponse response;
+    const auto file = files_.find(it->first.substr(it->first.rfind('/') + 1));
+    response.ok = file != files_.end();
+    response.status = response.ok ? 200 : 404;
+    response.body = response.ok ? file->second : "";
+    runLoop_.post([done = std::move(it->second), response] { done(response); });
+    held_.erase(it);
+    return true;
+  }
+
+ private:
+  kit::RunLoop& runLoop_;
+  Order order_;
+  std::map<std::string, std::string> files_;
+  std::list<std::pair<std::string, Done>> held_;
+};
+
+class HeldDownloadsTest : public HouseAdNetworkTest {
+ protected:
+  // A banner (due after the usual half second) and then a slow interstitial
+  // (due sooner) from a deterministic network on the held fetcher: each
+  // answer as "<frame> <creative or error code>".
+  std::vector<std::string> play(HeldFetcher::Order order) {
+    const std::string svg = R"(<svg width="4" height="4"><rect width="4" height="4"/></svg>)";
+    HeldFetcher fetcher(platform.runLoop, order,
+                        {{"manifest.json", R"({
+                           "banners": [{"name": "b", "url": "https://x.example/b",
+                             "images": [{"file": "b.svg", "width": 320, "height": 50}]}],
+                           "interstitials": [{"name": "i", "url": "https://x.example/i",
+                             "images": [{"file": "i.svg", "width": 320, "height": 568}]}]})"},
+                         {"b.svg", svg},
+                         {"i.svg", svg}});
+    const kit::Services base = platform.services();
+    const kit::Services services{base.clock,     base.runLoop, base.notifications, base.defaults,
+                                 base.bundle,    base.log,     base.http,          fetcher,
+                                 base.urlOpener, base.device,  base.random};
+    HouseAdNetwork::Options options;
+    options.serverURL = "http://ads.example/ads/manifest.json";
+    options.deterministic = true;
+    network = std::make_shared<HouseAdNetwork>(services, options);
+    std::vector<std::string> answers;
+    int frame = 0;
+    const auto record = [&](const AdAnswer& a) {
+      answers.push_back(std::to_string(frame) + " " +
+                        (a.creative ? a.creative->name : std::to_string(int(a.error->code()))));
+    };
+    network->requestAd({AdFormat::Banner, kBannerUnit, {320, 50}, 1}, record);
+    network->setAnswer(HouseAdNetwork::Answer::Slow, 0.25);
+    network->requestAd({AdFormat::Interstitial, kBannerUnit, {320, 568}, 1}, record);
+    for (frame = 1; frame <= 40; ++frame)
+      advance(1.0 / 60);
+    network.reset();  // before the fetcher it borrows
+    return answers;
+  }
+};
+
+TEST_F(HeldDownloadsTest, DeterministicAnswersComeAtTheirDelayWhateverOrderDownloadsLandIn) {
+  const std::vector<std::string> oldestFirst = play(HeldFetcher::Order::OldestFirst);
+  EXPECT_THAT(oldestFirst, ::testing::ElementsAre("16 i", "31 b"));
+  EXPECT_EQ(play(HeldFetcher::Order::NewestFirst), oldestFirst);
+}
+
+TEST_F(HeldDownloadsTest, AFetcherThatCannotWaitFailsEachDueRequestWithATimeoutAtItsTime) {
+  const int timeout = int(GADErrorCode::Timeout);
+  EXPECT_THAT(
+      play(HeldFetcher::Order::CannotWait),
+      ::testing::ElementsAre("16 " + std::to_string(timeout), "31 " + std::to_string(timeout)));
 }
 
 }  // namespace

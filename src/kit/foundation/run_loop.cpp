@@ -25,7 +25,7 @@ std::shared_ptr<Timer> RunLoop::scheduledTimer(double intervalSeconds, std::func
   return timer;
 }
 
-void RunLoop::runOnce() {
+void RunLoop::runPosted() {
   KIT_CHECK_THREAD(thread_);
   std::vector<std::function<void()>> tasks;
   {
@@ -34,6 +34,10 @@ void RunLoop::runOnce() {
   }
   for (auto& task : tasks)
     task();
+}
+
+void RunLoop::runOnce() {
+  runPosted();
 
   // Walk a snapshot: callbacks may schedule or invalidate timers.
   const int64_t now = clock_.monotonicNanos();

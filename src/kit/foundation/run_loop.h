@@ -32,6 +32,11 @@ class RunLoop {
   // during the pass waits for the next pass.
   void runOnce();
 
+  // Runs the posted tasks only, on the clock as it stands: for a driver
+  // that holds its clock between frames while answers come in. Never from
+  // inside a pass.
+  void runPosted();
+
   // Queues a task for the next pass. Thread-safe.
   void post(std::function<void()> task);
 

@@ -27,6 +27,14 @@ class HttpFetcher {
   using Done = std::function<void(HttpResponse)>;
   virtual ~HttpFetcher() = default;
   [[nodiscard]] virtual std::unique_ptr<HttpFetch> start(const HttpRequest& request, Done done) = 0;
+
+  // For a driver that holds its clock while an answer it needs is on the
+  // way (scripted runs): blocks until some request's answer has been posted
+  // to the run loop, then returns true; false after `maxSeconds` without
+  // one. Call between frames, then run the run loop's posted tasks. A
+  // fetcher whose answers need the caller to return (the browser's) returns
+  // false at once.
+  virtual bool waitForAnswer(double /*maxSeconds*/) { return false; }
 };
 
 }  // namespace kit

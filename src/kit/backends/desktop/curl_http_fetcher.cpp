@@ -1,5 +1,7 @@
 #include "kit/backends/desktop/curl_http_fetcher.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -13,7 +15,9 @@ namespace kit {
 // fetcher goes (the run loop may go right after it).
 struct CurlHttpFetcher::Channel {
   std::mutex mutex;
+  std::condition_variable posted;
   RunLoop* runLoop = nullptr;
+  bool unclaimed = false;  // an answer was posted since the last wait
 };
 
 namespace {
@@ -46,6 +50,8 @@ std::unique_ptr<HttpFetch> CurlHttpFetcher::start(const HttpRequest& request, Do
           if (!alive.expired())
             done(std::move(response));
         });
+    channel->unclaimed = true;
+    channel->posted.notify_all();
   };
   try {
     std::thread([request, done, deliver]() mutable {
@@ -57,6 +63,14 @@ std::unique_ptr<HttpFetch> CurlHttpFetcher::start(const HttpRequest& request, Do
     deliver(done, std::move(response));
   }
   return fetch;
+}
+
+bool CurlHttpFetcher::waitForAnswer(double maxSeconds) {
+  std::unique_lock<std::mutex> lock(channel_->mutex);
+  const bool answered = channel_->posted.wait_for(lock, std::chrono::duration<double>(maxSeconds),
+                                                  [this] { return channel_->unclaimed; });
+  channel_->unclaimed = false;
+  return answered;
 }
 
 }  // namespace kit

@@ -19,6 +19,7 @@ class CurlHttpFetcher final : public HttpFetcher {
   CurlHttpFetcher& operator=(const CurlHttpFetcher&) = delete;
 
   std::unique_ptr<HttpFetch> start(const HttpRequest& request, Done done) override;
+  bool waitForAnswer(double maxSeconds) override;
 
  private:
   struct Channel;
