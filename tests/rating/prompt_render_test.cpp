@@ -26,6 +26,20 @@ class PromptRenderTest : public RatingTest {
     return n;
   }
 
+  // Draws the window as it stands into pixels.
+  void draw() {
+    std::string error;
+    auto window = kit::RenderWindow::open({.content = {320, 568}, .scale = 2, .icon = {}}, &error);
+    ASSERT_TRUE(window) << error;
+    kit::SdlImageCodec codec;
+    kit::Renderer renderer(
+        *window, codec, [](std::string_view) { return std::nullopt; }, platform().log);
+    renderer.drawFrame(*launch().window, window->viewport(), platform().clock.monotonicNanos());
+    auto read = window->readPixels(width, height);
+    ASSERT_TRUE(read) << read.error();
+    pixels = std::move(*read);
+  }
+
   std::vector<uint8_t> pixels;
   int width = 0, height = 0;
 };
@@ -35,16 +49,7 @@ TEST_F(PromptRenderTest, ChinesePromptIsALightPanelWithGlyphsOverTheDimmedScreen
   launch().root->view()->setBackgroundColor({0.5, 0.5, 0.5, 1});
   service().showRT(launch().root);
   advance(0.5);
-  std::string error;
-  auto window = kit::RenderWindow::open({.content = {320, 568}, .scale = 2, .icon = {}}, &error);
-  ASSERT_TRUE(window) << error;
-  kit::SdlImageCodec codec;
-  kit::Renderer renderer(
-      *window, codec, [](std::string_view) { return std::nullopt; }, platform().log);
-  renderer.drawFrame(*launch().window, window->viewport(), platform().clock.monotonicNanos());
-  auto read = window->readPixels(width, height);
-  ASSERT_TRUE(read) << read.error();
-  pixels = std::move(*read);
+  draw();
 
   const kit::Rect p = alert()->subviews().front()->frame();
   EXPECT_LT(at(10, 10), 100);
@@ -53,6 +58,23 @@ TEST_F(PromptRenderTest, ChinesePromptIsALightPanelWithGlyphsOverTheDimmedScreen
   EXPECT_EQ(alert()->buttonTitleAtIndex(2), "不了，我要反馈");
   for (int i = 0; i < 3; ++i)
     EXPECT_GT(ink(*alert()->frameOfButtonAtIndex(i)), 50) << "button " << i;
+}
+
+// The highlighted "Not now" at the bottom filled its whole rectangle, past
+// the panel's rounded bottom corners (the panel clips to its rectangle).
+TEST_F(PromptRenderTest, TheHighlightedBottomButtonKeepsInsideTheRoundedCorners) {
+  launch().root->view()->setBackgroundColor({0.5, 0.5, 0.5, 1});
+  service().showRT(launch().root);
+  advance(0.5);
+  draw();
+  const kit::Rect p = alert()->subviews().front()->frame();
+  const int dimmed = at(10, 10);
+  const int highlight = at(p.midX(), p.maxY() - 2);
+  ASSERT_GT(highlight, dimmed + 100);  // "Not now" is highlighted
+  for (double x : {p.minX() + 1, p.maxX() - 1}) {
+    EXPECT_NEAR(at(x, p.maxY() - 1), dimmed, 2) << x;
+    EXPECT_NEAR(at(x, p.maxY() - 13), highlight, 2) << x;  // square above the rounding
+  }
 }
 
 }  // namespace

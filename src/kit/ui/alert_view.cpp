@@ -51,6 +51,37 @@ std::shared_ptr<View> makeLine(Rect frame) {
   return line;
 }
 
+// The highlight of a button of `size`, as views to lay under its title: its
+// rectangle, rounded like the panel at the panel's bottom corners it meets.
+// The panel clips its subviews to its rectangle only, so the rounding is
+// the highlight's own: a rounded piece, with square pieces over the corners
+// that stay square.
+std::vector<std::shared_ptr<View>> highlightPieces(Size size, bool roundLeft, bool roundRight) {
+  const double w = size.width, h = size.height;
+  const double r = std::min(kCornerRadius, std::min(w, h) / 2);
+  std::vector<Rect> square;
+  if (!roundLeft && !roundRight)
+    square.push_back({{0, 0}, size});
+  else
+    square.push_back({{0, 0}, {w, h - r}});
+  if (roundLeft != roundRight)
+    square.push_back(roundLeft ? Rect{{r, 0}, {w - r, h}} : Rect{{0, 0}, {w - r, h}});
+  std::vector<std::shared_ptr<View>> pieces;
+  const auto add = [&pieces](Rect frame, double radius) {
+    auto piece = std::make_shared<View>(frame);
+    piece->setBackgroundColor(kHighlight);
+    piece->setCornerRadius(radius);
+    piece->setUserInteractionEnabled(false);
+    piece->setHidden(true);
+    pieces.push_back(std::move(piece));
+  };
+  if (roundLeft || roundRight)
+    add({{0, 0}, size}, r);
+  for (const Rect& frame : square)
+    add(frame, 0);
+  return pieces;
+}
+
 std::string quoted(const std::string& text) {
   std::string out = "\"";
   for (char c : text) {
@@ -213,15 +244,23 @@ void AlertView::addButton(int index, Rect frame, bool bold) {
   label->setFont(bold ? kCancelFont : kButtonFont);
   label->setTextColor(kButtonText);
   label->setTextAlignment(TextAlignment::Center);
+  const Size panel = panel_->bounds().size;
+  const bool atBottom = frame.maxY() >= panel.height - 0.5;
+  std::vector<std::shared_ptr<View>> highlight = highlightPieces(
+      frame.size, atBottom && frame.minX() <= 0.5, atBottom && frame.maxX() >= panel.width - 0.5);
+  for (const auto& piece : highlight)
+    button->addSubview(piece);
   button->addSubview(label);
   panel_->insertSubview(button, 0);  // under the separators
-  buttons_.push_back({index, std::move(button)});
+  buttons_.push_back({index, std::move(button), std::move(highlight)});
 }
 
 void AlertView::setHighlighted(int buttonIndex) {
   highlighted_ = buttonIndex;
-  for (const Button& b : buttons_)
-    b.view->setBackgroundColor(b.index == buttonIndex ? kHighlight : Color::clear());
+  for (const Button& b : buttons_) {
+    for (const auto& piece : b.highlight)
+      piece->setHidden(b.index != buttonIndex);
+  }
 }
 
 void AlertView::moveHighlight(int step) {

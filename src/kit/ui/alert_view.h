@@ -80,6 +80,8 @@ class AlertView final : public View, public KeyReceiver {
   struct Button {
     int index = 0;
     std::shared_ptr<View> view;
+    // The highlight's pieces, shown while the button is highlighted.
+    std::vector<std::shared_ptr<View>> highlight;
   };
 
   void attach(const std::shared_ptr<View>& host);
