@@ -93,6 +93,28 @@ std::optional<kit::DeviceProfile> layoutProfile(const std::string& name) {
   return *profile;
 }
 
+// "320x568": a size in points as --size takes it.
+std::string formatSize(kit::Size size) {
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text << size.width << 'x' << size.height;
+  return text.str();
+}
+
+// "phone (320x568) or pad (768x1024)": the layout's profiles with their
+// scene sizes, `first` leading.
+std::string describeProfiles(std::vector<kit::DeviceProfile> profiles, const std::string& first) {
+  std::stable_partition(profiles.begin(), profiles.end(),
+                        [&first](const kit::DeviceProfile& p) { return p.name == first; });
+  std::string text;
+  for (size_t i = 0; i < profiles.size(); ++i) {
+    if (i > 0)
+      text += i + 1 == profiles.size() ? " or " : ", ";
+    text += profiles[i].name + " (" + formatSize(profiles[i].scene) + ")";
+  }
+  return text;
+}
+
 // The keys and the scenario commands, listed from the runner's own table.
 std::string helpFooter() {
   std::string footer =
@@ -212,8 +234,17 @@ int twinlanesMain(int argc, char** argv, const ProgramBackend& backend) {
   CLI::App app{"Twin Lanes: steer two cars at once on four lanes.", "twinlanes"};
   Flags flags;
   app.set_version_flag("--version", "twinlanes " TWINLANES_VERSION);
-  app.add_option("--device", flags.device, "Device profile: phone (320x568) or pad (768x1024)")
-      ->check(CLI::IsMember({"phone", "pad"}));
+  // The profiles the layout defines, which is what --device can play.
+  const auto layout = kit::InterfaceLayout::load(findResources() / "layout" / "main.json");
+  const std::vector<kit::DeviceProfile> profiles =
+      layout ? layout->profiles() : std::vector<kit::DeviceProfile>{};
+  std::vector<std::string> profileNames;
+  for (const kit::DeviceProfile& profile : profiles)
+    profileNames.push_back(profile.name);
+  CLI::Option* device = app.add_option(
+      "--device", flags.device, "Device profile: " + describeProfiles(profiles, flags.device));
+  if (!profileNames.empty())
+    device->check(CLI::IsMember(profileNames));
   app.add_option_function<std::string>(
          "--size", [&](const std::string& text) { flags.size = parseSize(text); },
          "Scene size in points, WxH, instead of the profile's")

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "kit/foundation/temp_dir.h"
+#include "kit/render/interface_layout.h"
 
 class TwinlanesCommand : public ::testing::Test {
  protected:
@@ -58,6 +59,21 @@ TEST_F(TwinlanesCommand, ABadScriptLineFailsWithItsLineNumberAndStatus2) {
   const auto missing = run("--headless --script '" + (dir.path() / "none.tl").string() + "'");
   EXPECT_EQ(missing.status, 2);
   EXPECT_NE(missing.err.find("cannot read the script"), std::string::npos) << missing.err;
+}
+
+TEST_F(TwinlanesCommand, TheDeviceHelpListsTheLayoutsProfilesWithTheirSizes) {
+  const auto layout =
+      kit::InterfaceLayout::load(std::filesystem::path(TWINLANES_RESOURCES) / "layout/main.json");
+  ASSERT_TRUE(layout) << layout.error();
+  const std::string help = run("--help").out;
+  const size_t at = help.find("--device");
+  ASSERT_NE(at, std::string::npos) << help;
+  const std::string line = help.substr(at, help.find('\n', at) - at);
+  for (const kit::DeviceProfile& profile : layout->profiles()) {
+    const std::string entry = profile.name + " (" + std::to_string(int(profile.scene.width)) + "x" +
+                              std::to_string(int(profile.scene.height)) + ")";
+    EXPECT_NE(line.find(entry), std::string::npos) << line;
+  }
 }
 
 TEST_F(TwinlanesCommand, FlagsOutsideTheirRangeAreRefusedWithAShortReason) {
