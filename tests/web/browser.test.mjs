@@ -4,7 +4,8 @@
 import assert from 'node:assert/strict';
 import { after, before, describe, test } from 'node:test';
 import {
-  canvasBox, count, desktop, dump, launch, openGame, phone, screenshot, serve, until,
+  canvasBox, count, desktop, dump, launch, openGame, phone, resourcesWithAdServer, screenshot, serve,
+  until,
 } from './site.mjs';
 
 // The phone profile: a 320 x 568 point scene over a 50 point banner strip.
@@ -176,6 +177,61 @@ describe('on a phone', () => {
     await until(page, (s) => !s.ads.interstitial.showing, 'the interstitial to close');
     assert.deepEqual(page.errors, []);
     await page.close();
+  });
+});
+
+describe('ads from an ad server', () => {
+  // A magenta banner no bundled ad has, served next to the site.
+  const manifest = JSON.stringify({
+    banners: [{ name: 'served-magenta', url: 'https://www.twinlanes.example/served',
+      images: [{ file: 'magenta-320x50.svg', width: 320, height: 50 }] }],
+  });
+  const picture = '<svg xmlns="http://www.w3.org/2000/svg" width="320" height="50">' +
+    '<rect width="320" height="50" fill="#ff00ff"/></svg>';
+  const magenta = (p) => p.r > 220 && p.g < 40 && p.b > 220;
+
+  test('a served banner is downloaded with fetch() and shown in the strip', async () => {
+    const adServer = await serve(undefined, {
+      '/resources.json': resourcesWithAdServer((url) => url + 'adserver/manifest.json'),
+      '/adserver/manifest.json': async () => ['application/json', manifest],
+      '/adserver/magenta-320x50.svg': async () => ['image/svg+xml', picture],
+    });
+    try {
+      const page = await openGame(await fresh(), adServer.url, { query: 'seed=5&nosw' });
+      const state = await until(page, (s) => s.ads.banner?.loaded, 'the served banner');
+      assert.equal(state.ads.banner.creative, 'served-magenta');
+      await frames(page, 30);
+      const shot = await screenshot(page, 'phone-served-banner');
+      const strip = await shotPoint(page, 0, 0, phone.deviceScaleFactor);
+      const area = W * strip.scale * STRIP * strip.scale;
+      assert.ok(count(shot, strip.x, strip.y, strip.x + W * strip.scale, strip.y + STRIP * strip.scale,
+        magenta) > area * 0.9, 'the served picture fills the strip');
+      assert.deepEqual(page.errors, []);
+      await page.close();
+    } finally {
+      await adServer.close();
+    }
+  });
+
+  test('a dead ad server leaves the strip empty, says why in the log, and the game plays on', async () => {
+    const gone = await serve();
+    const deadURL = gone.url + 'adserver/manifest.json';
+    await gone.close();
+    const site = await serve(undefined, { '/resources.json': resourcesWithAdServer(() => deadURL) });
+    try {
+      const page = await openGame(await fresh(), site.url, { query: 'seed=5&nosw' });
+      const failed = () => page.log.find((line) => line.startsWith('Failed to receive banner'));
+      await until(page, failed, 'the failure in the log');
+      assert.match(failed(), new RegExp(`the ad server failed for ${deadURL}: `));
+      assert.equal((await dump(page)).ads.banner.loaded, false);
+      await tapScene(page, W / 2, H / 2);
+      await until(page, (s) => s.startFlag && s.obstacles.length > 0, 'the run to go on');
+      // The browser's own note on the refused connection is all that went wrong.
+      assert.deepEqual(page.errors.filter((e) => !e.startsWith('Failed to load resource')), []);
+      await page.close();
+    } finally {
+      await site.close();
+    }
   });
 });
 

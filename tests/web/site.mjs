@@ -18,11 +18,19 @@ const types = {
   '.webmanifest': 'application/manifest+json', '.svg': 'image/svg+xml', '.png': 'image/png',
 };
 
-// Serves `root` on 127.0.0.1 at a free port; close() stops it.
-export async function serve(root = siteDir) {
+// Serves `root` on 127.0.0.1 at a free port; close() stops it. `routes`
+// answers some paths itself: path -> async (serverURL) => [type, body].
+export async function serve(root = siteDir, routes = {}) {
+  let base = '';
   const server = createServer(async (req, res) => {
     try {
       const url = new URL(req.url, 'http://localhost');
+      if (Object.hasOwn(routes, url.pathname)) {
+        const [type, body] = await routes[url.pathname](base);
+        res.writeHead(200, { 'content-type': type });
+        res.end(body);
+        return;
+      }
       let file = path.normalize(path.join(root, decodeURIComponent(url.pathname)));
       if (!file.startsWith(path.resolve(root))) throw new Error('outside');
       if ((await stat(file)).isDirectory()) file = path.join(file, 'index.html');
@@ -36,6 +44,7 @@ export async function serve(root = siteDir) {
   });
   await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
   const url = `http://127.0.0.1:${server.address().port}/`;
+  base = url;
   return {
     url,
     close: () => new Promise((resolve) => { server.closeAllConnections?.(); server.close(resolve); }),
@@ -74,6 +83,9 @@ export async function openGame(browser, url, { viewport = phone, clockOffsetSeco
   const errors = [];
   page.on('pageerror', (e) => errors.push(String(e)));
   page.on('console', (m) => { if (m.type() === 'error') errors.push(m.text()); });
+  // Every console line (the game's log goes there), from the start.
+  page.log = [];
+  page.on('console', (m) => page.log.push(m.text()));
   await page.evaluateOnNewDocument((offset) => {
     // Later launches are "later" for the game: its clock reads Date.now().
     if (offset) {
@@ -90,6 +102,18 @@ export async function openGame(browser, url, { viewport = phone, clockOffsetSeco
   if (failure) throw new Error(failure);
   page.firstFrameMs = await page.evaluate(() => window.twinlanes.firstFrameMs);
   return page;
+}
+
+// The site's resources with the publisher config's "adServerUrl" set, as a
+// route for serve(): `adServer(serverURL)` gives the manifest's URL.
+export function resourcesWithAdServer(adServer) {
+  return async (serverURL) => {
+    const bundle = JSON.parse(await readFile(path.join(siteDir, 'resources.json'), 'utf8'));
+    const publisher = JSON.parse(bundle['publisher.json']);
+    publisher.adServerUrl = adServer(serverURL);
+    bundle['publisher.json'] = JSON.stringify(publisher);
+    return ['application/json', JSON.stringify(bundle)];
+  };
 }
 
 export const dump = (page) => page.evaluate(() => window.twinlanes.dump());

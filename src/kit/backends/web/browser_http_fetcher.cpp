@@ -24,6 +24,22 @@ EM_JS(void, tl_fetch_start, (int id, const char* url, double timeoutMs, double m
     entry.ok = ok;
     entry.error = error;
   };
+  // The page draws only SVGs it has decoded (decoding is asynchronous), so
+  // a downloaded one is decoded before it is handed over, as the resources'
+  // are at start.
+  const preloadSvg = async (body) => {
+    if (typeof Image === "undefined" || !Module.twinlanesSvgs) return;
+    const text = new TextDecoder().decode(body);
+    if (!text.substring(0, 1024).includes("<svg") || Module.twinlanesSvgs.has(text)) return;
+    const image = new Image();
+    image.src = URL.createObjectURL(new Blob([text], {type: "image/svg+xml"}));
+    try {
+      await image.decode();
+      Module.twinlanesSvgs.set(text, image);
+    } catch (e) {
+      // Not drawable: the ad fails when it is drawn, saying so.
+    }
+  };
   const read = async (response) => {
     entry.status = response.status;
     const chunks = [];
@@ -46,6 +62,7 @@ EM_JS(void, tl_fetch_start, (int id, const char* url, double timeoutMs, double m
     let at = 0;
     for (const chunk of chunks) { body.set(chunk, at); at += chunk.length; }
     entry.body = body;
+    if (response.ok) await preloadSvg(body);
     if (response.ok) settle(true, "");
     else settle(false, "HTTP status " + response.status);
   };
