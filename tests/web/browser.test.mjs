@@ -275,6 +275,15 @@ describe('the rating prompt', () => {
       assert.ok(image.at(centre.x, centre.y).brightness > 200, 'a light panel in the middle');
       const corner = await shotPoint(second, 10, H - 60, phone.deviceScaleFactor);
       assert.ok(image.at(corner.x, corner.y).brightness < 90, 'the game dimmed around it');
+      // The highlighted "Not now" at the bottom kept inside the panel's
+      // rounded corners (its fill ran past them): down the panel's left side
+      // to its last row, whose first point is the dimmed game.
+      const side = await shotPoint(second, (W - 270) / 2 + 15, H / 2, phone.deviceScaleFactor);
+      let bottom = side.y;
+      while (image.at(side.x, bottom + 1).brightness > 150) ++bottom;
+      const edge = await shotPoint(second, (W - 270) / 2 + 1, 0, phone.deviceScaleFactor);
+      assert.ok(image.at(side.x, bottom).brightness > 200, 'the highlight at the bottom');
+      assert.ok(image.at(edge.x, bottom).brightness < 90, 'a rounded bottom corner');
     }
     await tapScene(second, W / 2, H - row);
     await until(second, (s) => s.alert === null, 'the prompt to go');

@@ -36,14 +36,19 @@ EM_JS(uint32_t, tl_texture_create, (const uint8_t* rgba, int width, int height),
 
 EM_JS(void, tl_texture_destroy, (uint32_t id), { Module.twinlanesCanvas.textures.delete(id); });
 
+// Whole pixels, as the desktop fills: a fractional edge would be
+// anti-aliased, and a copy's cleared edge would show through it as a seam.
 EM_JS(void, tl_target_fill, (double x, double y, double w, double h, double r, double g, double b,
                              double a, bool copy), {
   const ctx = Module.twinlanesCanvas.ctx;
   const css = 'rgba(' + Math.round(r * 255) + ',' + Math.round(g * 255) + ',' +
               Math.round(b * 255) + ',' + a + ')';
-  if (copy) ctx.clearRect(x, y, w, h);
+  const x0 = Math.round(x), y0 = Math.round(y);
+  const x1 = Math.round(x + w), y1 = Math.round(y + h);
+  if (x1 <= x0 || y1 <= y0) return;
+  if (copy) ctx.clearRect(x0, y0, x1 - x0, y1 - y0);
   ctx.fillStyle = css;
-  ctx.fillRect(x, y, w, h);
+  ctx.fillRect(x0, y0, x1 - x0, y1 - y0);
 });
 
 EM_JS(void, tl_target_clear, (double r, double g, double b), {
