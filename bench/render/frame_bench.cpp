@@ -41,7 +41,6 @@ struct Game {
                 std::optional<kit::Size> pixels = std::nullopt) {
     useOffscreen();
     GameApplication::Options options;
-    options.application.resourceDir = TWINLANES_RESOURCES;
     options.application.windowScale = 2;
     options.application.renderer = renderer;
     options.seed = 11;
@@ -162,7 +161,7 @@ void BM_PlayFrameOnRenderer(benchmark::State& state) {
     return state.SkipWithError(why.c_str());
   }
   kit::RenderWindow* window =
-      game.static_cast<kit::RenderWindow*>(app->application().platformWindow());
+      static_cast<kit::RenderWindow*>(game.app->application().platformWindow());
   const std::string name = window->rendererName();
   if (renderer == kit::RendererChoice::Accelerated && name == "software")
     return state.SkipWithError("no accelerated renderer here");

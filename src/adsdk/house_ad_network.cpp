@@ -148,9 +148,9 @@ HouseAdNetwork::HouseAdNetwork(const kit::Services& services, Options options)
   shared_->owner = this;
   std::unique_ptr<CreativeSource> source;
   if (options_.serverURL.empty()) {
-    source = std::make_unique<BundledCreatives>(options_.bundledFolder.empty()
-                                                    ? services_.bundle.resourceDir() / "ads"
-                                                    : options_.bundledFolder);
+    source = options_.bundledAds
+                 ? std::make_unique<BundledCreatives>(*options_.bundledAds, "")
+                 : std::make_unique<BundledCreatives>(services_.bundle.resources(), "ads");
   } else {
     auto served = std::make_unique<ServedCreatives>(services_.http, options_.serverURL,
                                                     options_.serverTimeoutMs);
