@@ -51,7 +51,7 @@ target_link_libraries(kit_backend INTERFACE kit_backend_web)
 # The portable modules, lowest layer first, the browser backend, and the
 # site (src/app/web), whose program takes the app module's portable parts.
 set(TWINLANES_WEB_MODULES
-  kit/foundation kit/scene kit/ui kit/render kit/backends/web
+  kit/foundation kit/scene kit/ui kit/render kit/backends/files kit/backends/web
   xml ui names game rating adsdk ads app/web)
 foreach(module IN LISTS TWINLANES_WEB_MODULES)
   add_subdirectory(src/${module})

@@ -45,7 +45,7 @@ void BM_SixtyFramesWhileTheServerIsSlow(benchmark::State& state) {
   auto network = std::make_shared<HouseAdNetwork>(
       frames.platform.services(),
       HouseAdNetwork::Options{.serverURL = "http://" + server->host() + "/slow/manifest.json",
-                              .bundledFolder = {},
+                              .bundledAds = nullptr,
                               .serverTimeoutMs = 60'000});
   bool answered = false;
   network->requestAd({AdFormat::Banner, kBannerUnit, {320, 50}, 1},

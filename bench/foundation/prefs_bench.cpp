@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "kit/backends/files/file_preference_store.h"
 #include "kit/foundation/log.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/foundation/user_defaults.h"
@@ -32,7 +33,8 @@ Value::Dictionary gamePreferences() {
 void BM_Synchronize(benchmark::State& state, const std::string& parent) {
   TempDir dir("prefs-bench", parent);
   CapturingLog log;
-  UserDefaults prefs(dir.path(), log);
+  FilePreferenceStore store(dir.path(), log);
+  UserDefaults prefs(store, log);
   for (const auto& [key, value] : gamePreferences())
     prefs.setObject(value, key);
   int64_t count = 0;

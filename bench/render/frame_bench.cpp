@@ -41,7 +41,6 @@ struct Game {
                 std::optional<kit::Size> pixels = std::nullopt) {
     useOffscreen();
     GameApplication::Options options;
-    options.application.resourceDir = TWINLANES_RESOURCES;
     options.application.windowScale = 2;
     options.application.renderer = renderer;
     options.seed = 11;

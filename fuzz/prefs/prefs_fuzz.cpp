@@ -6,6 +6,7 @@
 #include <fstream>
 #include <string_view>
 
+#include "kit/backends/files/file_preference_store.h"
 #include "kit/foundation/json.h"
 #include "kit/foundation/log.h"
 #include "kit/foundation/temp_dir.h"
@@ -65,7 +66,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::ofstream(folder.path() / "prefs.json", std::ios::binary | std::ios::trunc)
       .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   kit::CapturingLog log;
-  kit::UserDefaults prefs(folder.path(), log);
+  kit::FilePreferenceStore store(folder.path(), log);
+  kit::UserDefaults prefs(store, log);
   prefs.registerDefaults({{"best", 0}, {"sound", true}});
   check(prefs.storedValues() == decoded.value_or(kit::Value::Dictionary{}));
   check(log.lines().size() == (decoded ? 0u : 1u));

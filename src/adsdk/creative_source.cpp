@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kit/foundation/read_file.h"
 #include "kit/ui/image_context.h"
 #include "kit/ui/svg_image.h"
 
@@ -20,22 +19,32 @@ bool looksLikeSvg(std::string_view bytes) {
 
 }  // namespace
 
+std::string BundledCreatives::resourceName(const std::string& file) const {
+  return folder_.empty() ? file : folder_ + "/" + file;
+}
+
 std::optional<std::string> BundledCreatives::manifest(AdAnswer& error) {
-  auto text = kit::readSmallFile(folder_ / "manifest.json", kMaxManifestBytes);
-  if (!text)
+  const std::string name = resourceName("manifest.json");
+  kit::Result<std::string> text = resources_.read(name, kMaxManifestBytes);
+  if (!text) {
     error =
-        failure(GADErrorCode::InternalError, "the bundled ad manifest is missing or too large: " +
-                                                 (folder_ / "manifest.json").string());
-  return text;
+        failure(GADErrorCode::InternalError,
+                "the bundled ad manifest is missing or too large: " + resources_.location(name));
+    return std::nullopt;
+  }
+  return std::move(*text);
 }
 
 std::optional<std::string> BundledCreatives::picture(const std::string& file, AdAnswer& error) {
-  auto bytes = AdManifest::isSafeFile(file) ? kit::readSmallFile(folder_ / file, kMaxPictureBytes)
-                                            : std::nullopt;
-  if (!bytes)
+  kit::Result<std::string> bytes = AdManifest::isSafeFile(file)
+                                       ? resources_.read(resourceName(file), kMaxPictureBytes)
+                                       : kit::Error{"not a picture's name"};
+  if (!bytes) {
     error = failure(GADErrorCode::InternalError,
                     "the bundled ad picture is missing or too large: " + file);
-  return bytes;
+    return std::nullopt;
+  }
+  return std::move(*bytes);
 }
 
 ServedCreatives::ServedCreatives(std::string manifestURL, int64_t totalTimeoutMs)

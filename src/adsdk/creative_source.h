@@ -1,15 +1,15 @@
 #pragma once
 
-#include <filesystem>
 #include <optional>
 #include <string>
 
 #include "adsdk/ad_manifest.h"
 #include "adsdk/ad_network.h"
 #include "kit/foundation/http.h"
+#include "kit/platform/resource_store.h"
 
-// Where a house-ad network finds its manifest and pictures: files below a
-// folder, or what was downloaded from an ad server. Read on the ad
+// Where a house-ad network finds its manifest and pictures: resources below
+// a folder, or what was downloaded from an ad server. Read on the ad
 // network's worker thread; nothing they return is trusted (sizes are
 // capped, and the manifest is checked when read).
 class CreativeSource {
@@ -30,16 +30,22 @@ class CreativeSource {
   virtual GADErrorCode brokenContentCode() const = 0;
 };
 
-// manifest.json and the pictures in one folder (the bundled ads).
+// manifest.json and the pictures in one folder of a resource store (the
+// bundled ads: "ads"; "" for the top of the store). The store is borrowed
+// and outlives the source.
 class BundledCreatives final : public CreativeSource {
  public:
-  explicit BundledCreatives(std::filesystem::path folder) : folder_(std::move(folder)) {}
+  BundledCreatives(const kit::ResourceStore& resources, std::string folder)
+      : resources_(resources), folder_(std::move(folder)) {}
   std::optional<std::string> manifest(AdAnswer& error) override;
   std::optional<std::string> picture(const std::string& file, AdAnswer& error) override;
   GADErrorCode brokenContentCode() const override { return GADErrorCode::InternalError; }
 
  private:
-  std::filesystem::path folder_;
+  std::string resourceName(const std::string& file) const;
+
+  const kit::ResourceStore& resources_;
+  std::string folder_;
 };
 
 // A manifest served at an http or https URL, with the pictures at paths

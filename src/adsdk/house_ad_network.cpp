@@ -143,9 +143,9 @@ HouseAdNetwork::HouseAdNetwork(const kit::Services& services, Options options)
     : services_(services), options_(std::move(options)), shared_(std::make_shared<Shared>()) {
   shared_->owner = this;
   if (options_.serverURL.empty()) {
-    bundled_ = std::make_shared<BundledCreatives>(options_.bundledFolder.empty()
-                                                      ? services_.bundle.resourceDir() / "ads"
-                                                      : options_.bundledFolder);
+    bundled_ = options_.bundledAds
+                   ? std::make_shared<BundledCreatives>(*options_.bundledAds, "")
+                   : std::make_shared<BundledCreatives>(services_.bundle.resources(), "ads");
   } else {
     server_.emplace(options_.serverURL, options_.serverTimeoutMs);
   }

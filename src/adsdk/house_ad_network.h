@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
@@ -44,8 +43,9 @@ class HouseAdNetwork final : public AdNetwork {
   struct Options {
     // The ad server's manifest URL; empty for the bundled ads.
     std::string serverURL;
-    // The bundled ads' folder; empty for ads/ in the resources.
-    std::filesystem::path bundledFolder;
+    // Where the bundled ads are (manifest.json and its pictures at the top);
+    // null for ads/ in the bundle's resources. Outlives the network.
+    const kit::ResourceStore* bundledAds = nullptr;
     // The longest each request to the ad server may take.
     int64_t serverTimeoutMs = 6000;
     double answerDelaySeconds = 0.5;

@@ -14,7 +14,6 @@ AppScenarioHost::AppScenarioHost(Options options, const kit::Services& services,
 
 void AppScenarioHost::start(kit::Size viewSize, std::optional<unsigned> seed) {
   GameApplication::Options options;
-  options.application.resourceDir = options_.resourceDir;
   options.application.icon = options_.resourceDir / "icons" / "twinlanes-256.png";
   options.application.profile = services_.device.isPad() ? "pad" : "phone";
   options.application.sceneSize = viewSize;

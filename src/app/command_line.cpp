@@ -20,6 +20,7 @@
 
 #include "app/scenario_runner.h"
 #include "app/script_launches.h"
+#include "kit/backends/files/file_resource_store.h"
 #include "kit/foundation/headless_platform.h"
 #include "kit/foundation/preferred_languages.h"
 #include "kit/foundation/temp_dir.h"
@@ -83,7 +84,8 @@ namespace {
 // The device profile of that name, as the interface layout defines it; the
 // layout is the one place that says what a phone or a pad is.
 std::optional<kit::DeviceProfile> layoutProfile(const std::string& name) {
-  const auto layout = kit::InterfaceLayout::load(findResources() / "layout" / "main.json");
+  const auto layout =
+      kit::InterfaceLayout::load(kit::FileResourceStore(findResources()), "layout/main.json");
   const kit::DeviceProfile* profile = layout ? layout->profile(name) : nullptr;
   if (!profile) {
     std::cerr << "twinlanes: no device profile " << name << " in the layout"
@@ -140,7 +142,7 @@ bool sayPrefsInUse(const kit::UserDefaults& defaults) {
   if (!defaults.inUseElsewhere())
     return false;
   std::cerr << "twinlanes: another copy of Twin Lanes is running with the preferences in "
-            << defaults.filePath().parent_path().string()
+            << std::filesystem::path(defaults.store().location()).parent_path().string()
             << "; close it first (or give this one its own --prefs-dir)\n";
   return true;
 }

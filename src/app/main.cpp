@@ -19,11 +19,9 @@ int runGame(const Flags& flags, kit::DesktopWindowSystem& windows) {
   const std::filesystem::path resources = findResources();
   GameApplication::Options options;
   options.application.title = "Twin Lanes";
-  options.application.resourceDir = resources;
   options.application.icon = resources / "icons" / "twinlanes-256.png";
   options.application.profile = flags.device;
   options.application.sceneSize = flags.size;
-  options.application.prefsDir = flags.prefsDir;
   options.application.fullscreen = flags.fullscreen;
   options.application.windowScale = flags.scale;
   options.application.renderer = flags.renderer;

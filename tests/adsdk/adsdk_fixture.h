@@ -8,6 +8,7 @@
 #include "adsdk/gad_banner_view.h"
 #include "adsdk/gad_interstitial.h"
 #include "adsdk/house_ad_network.h"
+#include "kit/backends/files/file_resource_store.h"
 #include "kit/foundation/headless_platform.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/ui/animator.h"
@@ -43,10 +44,11 @@ class AdsdkTest : public ::testing::Test {
   }
 
   // A fresh deterministic network on the ad server at `url`, or else on
-  // `folder`; a live one (a player's, loading on its worker) when asked.
-  void useNetwork(const std::string& url, const std::filesystem::path& folder = {},
+  // `bundled` (the bundle's ads when null); a live one (a player's, loading
+  // on its worker) when asked.
+  void useNetwork(const std::string& url, const kit::ResourceStore* bundled = nullptr,
                   bool deterministic = true) {
-    HouseAdNetwork::Options options{.serverURL = url, .bundledFolder = folder};
+    HouseAdNetwork::Options options{.serverURL = url, .bundledAds = bundled};
     options.serverTimeoutMs = 500;
     options.deterministic = deterministic;
     network = std::make_shared<HouseAdNetwork>(platform.services(), options);
@@ -58,7 +60,7 @@ class AdsdkTest : public ::testing::Test {
     std::ofstream(ads.path() / "manifest.json") << manifest;
     if (!picture.empty())
       std::ofstream(ads.path() / "n.svg") << picture;
-    useNetwork("", ads.path(), deterministic);
+    useNetwork("", &adsFolder, deterministic);
   }
 
   std::shared_ptr<GADBannerView> banner() {
@@ -92,6 +94,7 @@ class AdsdkTest : public ::testing::Test {
 
   kit::TempDir prefs;
   kit::TempDir ads;
+  kit::FileResourceStore adsFolder{ads.path()};
   kit::HeadlessPlatform platform{prefs.path(), TWINLANES_RESOURCES};
   kit::Animator animator{platform.clock};
   kit::Animator* previous = kit::Animator::setCurrent(&animator);

@@ -134,7 +134,7 @@ class ServedAdsTest : public HouseAdNetworkTest {
   void serveLive(const std::string& path) {
     network = std::make_shared<HouseAdNetwork>(
         platform.services(), HouseAdNetwork::Options{.serverURL = "http://" + server.host() + path,
-                                                     .bundledFolder = {},
+                                                     .bundledAds = nullptr,
                                                      .serverTimeoutMs = 2000});
   }
 
@@ -200,7 +200,7 @@ TEST_F(ServedAdsTest, FramesGoOnWhileTheServerIsSlow) {
   const std::string url = "http://" + server.host() + "/slow/manifest.json";
   network = std::make_shared<HouseAdNetwork>(  // not deterministic
       platform.services(),
-      HouseAdNetwork::Options{.serverURL = url, .bundledFolder = {}, .serverTimeoutMs = 60'000});
+      HouseAdNetwork::Options{.serverURL = url, .bundledAds = nullptr, .serverTimeoutMs = 60'000});
   auto answer = ask(AdFormat::Banner, {320, 50});
   advance(1);  // 60 frames on the manual clock
   EXPECT_FALSE(*answer);
@@ -210,7 +210,7 @@ TEST_F(ServedAdsTest, QuittingDoesNotWaitForADownloadInFlight) {
   const std::string url = "http://" + server.host() + "/slow/manifest.json";
   network = std::make_shared<HouseAdNetwork>(
       platform.services(),
-      HouseAdNetwork::Options{.serverURL = url, .bundledFolder = {}, .serverTimeoutMs = 5000});
+      HouseAdNetwork::Options{.serverURL = url, .bundledAds = nullptr, .serverTimeoutMs = 5000});
   auto answer = ask(AdFormat::Banner, {320, 50});
   std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the worker is in the download
   const auto start = std::chrono::steady_clock::now();

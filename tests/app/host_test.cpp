@@ -45,7 +45,6 @@ class HostTest : public ::testing::Test {
   // Launches the game with whatever the preferences file holds by then.
   void launch(const std::string& profile = "phone") {
     GameApplication::Options options;
-    options.application.resourceDir = TWINLANES_RESOURCES;
     options.application.window = false;
     options.application.profile = profile;
     options.seed = 3;
@@ -61,7 +60,7 @@ class HostTest : public ::testing::Test {
   }
   // The value of `key` in the preferences file as written so far.
   kit::Value written(const std::string& key) const {
-    std::ifstream in(platform.defaults.filePath());
+    std::ifstream in(platform.defaults.store().location());
     const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     const auto values = kit::UserDefaults::decode(bytes);
     if (!values || !values->count(key))

@@ -3,7 +3,7 @@
 #include <unistd.h>
 
 #include "e2e_fixture.h"
-#include "kit/foundation/folder_lock.h"
+#include "kit/backends/files/folder_lock.h"
 
 namespace e2e {
 namespace {

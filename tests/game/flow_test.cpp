@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "game_fixture.h"
+#include "kit/backends/files/file_preference_store.h"
 #include "names/notification_names.h"
 #include "names/preference_keys.h"
 
@@ -100,8 +101,8 @@ TEST_F(Flow, OnlyAScoreAboveTheBestIsARecordAndOnlyARecordIsWritten) {
     EXPECT_EQ(scene->overBestNode().text(), score > 5 ? "新记录" : "记 录 : 5") << score;
     // A record is synchronised at once; anything else writes nothing.
     kit::CapturingLog log;
-    EXPECT_EQ(kit::UserDefaults(prefs.path(), log).integerForKey(prefkey::kBest),
-              score > 5 ? 6 : 0);
+    kit::FilePreferenceStore saved(prefs.path(), log);
+    EXPECT_EQ(kit::UserDefaults(saved, log).integerForKey(prefkey::kBest), score > 5 ? 6 : 0);
   }
 }
 

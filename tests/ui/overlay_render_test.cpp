@@ -7,6 +7,7 @@
 
 #include "kit/backends/desktop/render_window.h"
 #include "kit/backends/desktop/sdl_image_codec.h"
+#include "kit/foundation/memory_resource_store.h"
 #include "kit/render/renderer.h"
 #include "kit/ui/window.h"
 #include "overlay_fixture.h"
@@ -26,8 +27,9 @@ class OverlayRenderTest : public OverlayTest {
     auto output = kit::RenderWindow::open({.content = {320, 480}, .scale = 1, .icon = {}}, &error);
     ASSERT_TRUE(output) << error;
     kit::SdlImageCodec codec;
+    kit::MemoryResourceStore noImages;
     kit::Renderer renderer(
-        *output, codec, [](std::string_view) { return std::nullopt; }, log);
+        *output, codec, noImages, [](std::string_view) { return std::nullopt; }, log);
     renderer.drawFrame(*window, output->viewport(), clock.monotonicNanos());
     auto read = output->readPixels(width, height);
     ASSERT_TRUE(read) << read.error();

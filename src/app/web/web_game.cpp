@@ -17,23 +17,20 @@
 
 namespace {
 
-constexpr const char* kPrefsDir = "/prefs";
 constexpr const char* kResourceDir = "/resources";
 
 }  // namespace
 
 WebGame::WebGame(Options options)
     : options_(std::move(options)),
-      services_(kPrefsDir, kResourceDir),
+      services_(kResourceDir),
       ads_([](const kit::Services& services) -> std::unique_ptr<kit::MailSink> {
         return std::make_unique<kit::web::MailtoSink>(services.urlOpener);
       }),
       autoplay_(options_.autoplay) {
   kit::ApplicationOptions app;
   app.title = "Twin Lanes";
-  app.resourceDir = kResourceDir;
   app.profile = options_.device;
-  app.prefsDir = kPrefsDir;
   application_ =
       std::make_unique<kit::Application>(app, delegate_, services_.services(), &windows_);
   const kit::Services services = application_->services();
@@ -80,12 +77,10 @@ bool WebGame::frame() {
     // A hidden page: nothing runs (the lifecycle's background), as on a
     // minimised desktop window; only its events are read.
     application_->pollEvents();
-    services_.mirrorPreferences();
     return true;
   }
   const auto start = std::chrono::steady_clock::now();
   application_->runFrame();
-  services_.mirrorPreferences();
   const double ms =
       std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
   ++frames_drawn_;

@@ -17,7 +17,7 @@
 // The game in the page: the browser backend's services and window, the
 // layout's host controller and AppDelegate in a kit::Application, the ads
 // with the mailto: sink, and frames from requestAnimationFrame. Preferences
-// reach localStorage after every frame that changed them. The page's tools
+// are saved to localStorage whenever the game synchronizes them. The page's tools
 // (window.twinlanes) read dump() and stats(). Lives as long as the page;
 // main thread only.
 class WebGame {

@@ -5,13 +5,10 @@
 
 #include "kit/foundation/json.h"
 #include "kit/foundation/preferred_languages.h"
-#include "kit/foundation/read_file.h"
 #include "kit/foundation/strings.h"
 #include "kit/foundation/user_defaults.h"
 
 namespace kit {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -32,21 +29,21 @@ bool hasImageExtension(std::string_view name, std::string_view ext) {
 
 }  // namespace
 
-Bundle::Bundle(fs::path resourceDir, const UserDefaults* defaults, Log& log)
-    : dir_(std::move(resourceDir)), defaults_(defaults), log_(log) {
-  const fs::path config = dir_ / "publisher.json";
-  std::optional<std::string> bytes = readSmallFile(config, kMaxConfigBytes);
+Bundle::Bundle(const ResourceStore& resources, const UserDefaults* defaults, Log& log)
+    : resources_(resources), defaults_(defaults), log_(log) {
+  const char* config = "publisher.json";
+  Result<std::string> bytes = resources_.read(config, kMaxConfigBytes);
   std::optional<Value> parsed = bytes ? parseJson(*bytes) : std::nullopt;
   if (parsed && parsed->ifDictionary()) {
     info_ = std::move(*parsed);
   } else {
-    log_.write("Publisher config " + config.string() +
+    log_.write("Publisher config " + resources_.location(config) +
                (bytes ? " is not a JSON object" : " is missing or unreadable") +
                "; bundle info values are empty");
   }
 }
 
-std::optional<fs::path> Bundle::pathForImage(std::string_view name) const {
+std::optional<std::string> Bundle::imageResource(std::string_view name) const {
   std::string_view stem = name;
   for (std::string_view ext : {".png", ".svg"}) {
     if (hasImageExtension(stem, ext))
@@ -57,29 +54,11 @@ std::optional<fs::path> Bundle::pathForImage(std::string_view name) const {
     return std::nullopt;
   }
   for (const char* ext : {".svg", ".png"}) {
-    fs::path candidate = dir_ / "images" / (std::string(stem) + ext);
-    std::error_code ec;
-    if (fs::is_regular_file(candidate, ec))
+    std::string candidate = "images/" + std::string(stem) + ext;
+    if (resources_.exists(candidate))
       return candidate;
   }
   return std::nullopt;
-}
-
-std::optional<fs::path> Bundle::pathForResource(std::string_view relative) const {
-  if (relative.empty() || relative.find('\0') != std::string_view::npos)
-    return std::nullopt;
-  fs::path rel(relative);
-  if (rel.is_absolute())
-    return std::nullopt;
-  for (const fs::path& part : rel) {
-    if (part == "..")
-      return std::nullopt;
-  }
-  fs::path full = dir_ / rel;
-  std::error_code ec;
-  if (!fs::exists(full, ec))
-    return std::nullopt;
-  return full;
 }
 
 const Value::Dictionary* Bundle::table(const std::string& name, const std::string& lang) const {
@@ -87,15 +66,15 @@ const Value::Dictionary* Bundle::table(const std::string& name, const std::strin
   auto it = tables_.find(file);
   if (it == tables_.end()) {
     std::optional<Value::Dictionary> loaded;
-    const fs::path path = dir_ / "strings" / file;
-    std::error_code ec;
-    if (fs::exists(path, ec)) {
-      std::optional<std::string> bytes = readSmallFile(path, kMaxConfigBytes);
+    const std::string path = "strings/" + file;
+    if (resources_.exists(path)) {
+      Result<std::string> bytes = resources_.read(path, kMaxConfigBytes);
       std::optional<Value> parsed = bytes ? parseJson(*bytes) : std::nullopt;
       if (parsed && parsed->ifDictionary()) {
         loaded = *parsed->ifDictionary();
       } else {
-        log_.write("Strings table " + path.string() + " is not a JSON object; ignoring it");
+        log_.write("Strings table " + resources_.location(path) +
+                   " is not a JSON object; ignoring it");
       }
     }
     it = tables_.emplace(file, std::move(loaded)).first;
@@ -141,7 +120,7 @@ std::string Bundle::localizedString(const std::string& key, const std::string& v
         return *text;
     }
     if (!chosen && reportedMissing_.insert(tableName).second) {
-      log_.write("No strings table " + tableName + " in " + (dir_ / "strings").string());
+      log_.write("No strings table " + tableName + " in " + resources_.location("strings"));
     }
   }
   return value.empty() ? key : value;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <map>
 #include <optional>
 #include <set>
@@ -10,28 +9,29 @@
 
 #include "kit/foundation/log.h"
 #include "kit/foundation/value.h"
+#include "kit/platform/resource_store.h"
 
 namespace kit {
 
 class UserDefaults;
 
-// The application's resources folder: images by name, localized strings
-// tables (strings/<table>.<lang>.json) and info values from the publisher
-// config (publisher.json). Reads the preferred languages from the
-// preferences' "AppleLanguages". Tables are read once and cached; a missing
-// or broken one is logged once. Main thread only; borrowed services (the
-// preferences may be null) must outlive it.
+// The application's resources, read through the backend's ResourceStore:
+// images by name, localized strings tables (strings/<table>.<lang>.json) and
+// info values from the publisher config (publisher.json). Reads the
+// preferred languages from the preferences' "AppleLanguages". Tables are
+// read once and cached; a missing or broken one is logged once. Main thread
+// only; borrowed services (the preferences may be null) must outlive it.
 class Bundle {
  public:
-  Bundle(std::filesystem::path resourceDir, const UserDefaults* defaults, Log& log);
+  Bundle(const ResourceStore& resources, const UserDefaults* defaults, Log& log);
 
-  const std::filesystem::path& resourceDir() const { return dir_; }
+  // Every resource, by name ("layout/main.json", "ads/manifest.json").
+  const ResourceStore& resources() const { return resources_; }
 
-  // "bg.png", "car" or "fire1": the SVG or PNG under images/ whose stem
-  // matches (an SVG wins); nullopt when there is none.
-  std::optional<std::filesystem::path> pathForImage(std::string_view name) const;
-  // A file below the resources folder, if it exists.
-  std::optional<std::filesystem::path> pathForResource(std::string_view relative) const;
+  // "bg.png", "car" or "fire1": the resource name of the SVG or PNG under
+  // images/ whose stem matches ("images/car.svg"; an SVG wins); nullopt
+  // when there is none.
+  std::optional<std::string> imageResource(std::string_view name) const;
 
   // The text of `key` in `table` for the first preferred language that has
   // the table (trying "zh-Hans-CN", then "zh-Hans", then "zh"), else in the
@@ -63,7 +63,7 @@ class Bundle {
   // Preferred codes, each followed by its shorter forms, then "en".
   std::vector<std::string> lookupLanguages() const;
 
-  std::filesystem::path dir_;
+  const ResourceStore& resources_;
   const UserDefaults* defaults_;
   Log& log_;
   Value info_;

@@ -5,6 +5,8 @@
 
 #include "kit/foundation/http.h"
 #include "kit/foundation/services.h"
+#include "kit/platform/preference_store.h"
+#include "kit/platform/resource_store.h"
 
 namespace kit {
 
@@ -12,8 +14,8 @@ namespace kit {
 // runner: a manual clock, a capturing log (optionally forwarding each line),
 // preferences in a given folder, the bundle of a given resources folder, a
 // recording URL opener, default device facts and a random source seeded
-// with 1. The HTTP client and fetcher are the backend's
-// (makeHeadlessHttpClient, makeHeadlessHttpFetcher).
+// with 1. The stores of the preferences and resources, the HTTP client and
+// the fetcher are the backend's (makeHeadless...).
 // Owns every service; services() lends them out and must not outlive it.
 class HeadlessPlatform {
  public:
@@ -29,7 +31,9 @@ class HeadlessPlatform {
   CapturingLog log;
   RunLoop runLoop;
   NotificationCenter notifications;
+  std::unique_ptr<PreferenceStore> preferenceStore;
   UserDefaults defaults;
+  std::unique_ptr<ResourceStore> resourceStore;
   Bundle bundle;
   std::unique_ptr<HttpClient> httpClient;
   HttpClient& http;
@@ -40,6 +44,12 @@ class HeadlessPlatform {
   RandomSource random;
 };
 
+// The backend's preferences in `folder` and resources below `folder` for
+// headless runs (defined by the backend: files where there is a file
+// system). The preference store logs lines about its folder to `log`.
+std::unique_ptr<PreferenceStore> makeHeadlessPreferenceStore(const std::filesystem::path& folder,
+                                                             Log& log);
+std::unique_ptr<ResourceStore> makeHeadlessResourceStore(const std::filesystem::path& folder);
 // The backend's HTTP client for headless runs (defined by each backend): the
 // desktop's is real; one without blocking HTTP answers every request with
 // an error.

@@ -1,85 +1,12 @@
 #include "kit/foundation/user_defaults.h"
 
-#include <fcntl.h>
-#include <pwd.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <chrono>
-#include <cstdlib>
-#include <cstring>
-
 #include "kit/foundation/json.h"
-#include "kit/foundation/set_aside.h"
 
 namespace kit {
 
-namespace fs = std::filesystem;
-
 namespace {
 
-constexpr const char* kFileName = "prefs.json";
-constexpr std::string_view kTempPrefix = "prefs.json.tmp-";
 constexpr int kMaxDepth = 64;
-
-std::string errorText(int error) {
-  return std::strerror(error);
-}
-
-// Closes a descriptor on every path out of a scope.
-class Fd {
- public:
-  explicit Fd(int fd) : fd_(fd) {}
-  ~Fd() {
-    if (fd_ >= 0)
-      ::close(fd_);
-  }
-  Fd(const Fd&) = delete;
-  Fd& operator=(const Fd&) = delete;
-  int get() const { return fd_; }
-  // Closes now and reports close()'s own failure, which can carry a
-  // deferred write error.
-  int close() {
-    int rc = ::close(fd_);
-    fd_ = -1;
-    return rc;
-  }
-
- private:
-  int fd_;
-};
-
-bool writeAll(int fd, std::string_view bytes) {
-  while (!bytes.empty()) {
-    ssize_t n = ::write(fd, bytes.data(), bytes.size());
-    if (n < 0) {
-      if (errno == EINTR)
-        continue;
-      return false;
-    }
-    bytes.remove_prefix(static_cast<size_t>(n));
-  }
-  return true;
-}
-
-// Reads at most `limit` + 1 bytes, so a caller can tell "too large" without
-// reading a huge file whole.
-bool readUpTo(int fd, size_t limit, std::string& out) {
-  char buffer[64 * 1024];
-  while (out.size() <= limit) {
-    ssize_t n = ::read(fd, buffer, std::min(sizeof buffer, limit + 1 - out.size()));
-    if (n < 0) {
-      if (errno == EINTR)
-        continue;
-      return false;
-    }
-    if (n == 0)
-      break;
-    out.append(buffer, static_cast<size_t>(n));
-  }
-  return true;
-}
 
 // What a preferences file holds, or nullopt with the reason it is refused.
 // The writer checks its own bytes with this too, so it never writes a file
@@ -106,56 +33,15 @@ std::optional<Value::Dictionary> decodeFile(std::string_view bytes, std::string*
   return values;
 }
 
-fs::path homeFolder() {
-  if (const char* home = std::getenv("HOME"); home && home[0] == '/')
-    return home;
-  if (const passwd* pw = getpwuid(getuid()); pw && pw->pw_dir && pw->pw_dir[0] == '/') {
-    return pw->pw_dir;
-  }
-  return {};
-}
-
-bool makePrivateFolder(const fs::path& folder) {
-  std::error_code ec;
-  fs::create_directories(folder, ec);
-  return fs::is_directory(folder, ec);
-}
-
 }  // namespace
 
-UserDefaults::UserDefaults(fs::path folder, Log& log)
-    : folder_(std::move(folder)),
-      file_(folder_.empty() ? fs::path() : folder_ / kFileName),
-      log_(log) {
+UserDefaults::UserDefaults(PreferenceStore& store, Log& log) : store_(store), log_(log) {
   load();
 }
 
 UserDefaults::~UserDefaults() {
   if (dirty_ && persistent_)
     write();
-}
-
-fs::path UserDefaults::defaultFolder() {
-  // The XDG data folder; an empty or relative XDG_DATA_HOME counts as unset.
-  const char* xdg = std::getenv("XDG_DATA_HOME");
-  if (xdg && xdg[0] == '/') {
-    fs::path path = fs::path(xdg) / "TwinLanes/TwinLanes";
-    if (makePrivateFolder(path))
-      return path;
-  }
-  fs::path home = homeFolder();
-  if (!home.empty()) {
-    fs::path path = home / ".local/share/TwinLanes/TwinLanes";
-    if (makePrivateFolder(path)) {
-      std::error_code ec;
-      fs::permissions(path, fs::perms::owner_all, ec);
-      return path;
-    }
-  }
-  std::error_code ec;
-  fs::path path = fs::temp_directory_path(ec) / ("TwinLanes-" + std::to_string(getuid()));
-  makePrivateFolder(path);
-  return path;
 }
 
 std::optional<Value::Dictionary> UserDefaults::decode(std::string_view bytes) {
@@ -167,68 +53,28 @@ std::string UserDefaults::encode(const Value::Dictionary& values) {
 }
 
 void UserDefaults::load() {
-  if (folder_.empty()) {
-    persistent_ = false;
-    return;
-  }
-  std::error_code ec;
-  fs::create_directories(folder_, ec);
-  if (!fs::is_directory(folder_, ec)) {
-    log_.write("Preferences folder " + folder_.string() +
-               " cannot be used; preferences are kept in memory only");
-    persistent_ = false;
-    return;
-  }
-  // The file, its temporary files and set-aside copies belong to whoever
-  // holds the folder; another store on it only reads, never writes or cleans.
-  // A file system without locks is used as if it were held: refusing it
-  // would lose every save there.
-  Result<FolderLock> lock = FolderLock::take(folder_);
-  if (lock || lock.error() != FolderLock::kInUse) {
-    if (lock)
-      lock_.emplace(std::move(*lock));
-    else
-      log_.write("Preferences folder " + folder_.string() + " cannot be locked (" + lock.error() +
-                 "); using it unlocked");
-    owner_ = true;
-    removeStrayTempFiles();
-  } else {
-    inUseElsewhere_ = true;
-    log_.write("Preferences folder " + folder_.string() +
-               " is in use by another copy of the program; changes are kept in memory only");
-    persistent_ = false;
-  }
-
-  // Non-blocking so that a FIFO put in the file's place cannot hang us.
-  Fd fd(::open(file_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  if (fd.get() < 0) {
-    const int error = errno;
-    if (error == ENOENT)
+  persistent_ = store_.isPersistent();
+  PreferenceStore::Loaded loaded = store_.load(kMaxFileBytes);
+  using State = PreferenceStore::Loaded::State;
+  switch (loaded.state) {
+    case State::kMissing:
       return;  // first launch
-    log_.write("Could not read preferences file " + file_.string() + " (" + errorText(error) +
-               "); preferences are kept in memory only");
-    persistent_ = false;
-    return;
-  }
-  struct stat st {};
-  if (::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode)) {
-    setAside("is not a regular file");
-    return;
-  }
-  if (static_cast<uint64_t>(st.st_size) > kMaxFileBytes) {
-    setAside("is larger than 4 MiB");
-    return;
-  }
-  std::string bytes;
-  if (!readUpTo(fd.get(), kMaxFileBytes, bytes)) {
-    const int error = errno;
-    log_.write("Could not read preferences file " + file_.string() + " (" + errorText(error) +
-               "); preferences are kept in memory only");
-    persistent_ = false;
-    return;
+    case State::kUnreadable:
+      log_.write("Could not read preferences file " + store_.location() + " (" + loaded.why +
+                 "); preferences are kept in memory only");
+      persistent_ = false;
+      return;
+    case State::kRefused:
+      setAside(loaded.why);
+      return;
+    case State::kTooLarge:
+      setAside("is larger than 4 MiB");
+      return;
+    case State::kFound:
+      break;
   }
   std::string why;
-  std::optional<Value::Dictionary> values = decodeFile(bytes, &why);
+  std::optional<Value::Dictionary> values = decodeFile(loaded.bytes, &why);
   if (!values) {
     setAside(why);
     return;
@@ -236,27 +82,15 @@ void UserDefaults::load() {
   values_ = std::move(*values);
 }
 
-void UserDefaults::removeStrayTempFiles() {
-  std::error_code ec;
-  for (fs::directory_iterator it(folder_, ec), end; !ec && it != end; it.increment(ec)) {
-    const std::string name = it->path().filename().string();
-    if (name.compare(0, kTempPrefix.size(), kTempPrefix) == 0) {
-      std::error_code ignored;
-      fs::remove(it->path(), ignored);
-    }
-  }
-}
-
 void UserDefaults::setAside(std::string_view why) {
-  if (!owner_) {
-    log_.write("Preferences file " + file_.string() + " " + std::string(why) +
-               "; left in place for its owner, using the defaults");
+  const std::string line = "Preferences file " + store_.location() + " " + std::string(why);
+  if (store_.inUseElsewhere()) {
+    log_.write(line + "; left in place for its owner, using the defaults");
     return;
   }
-  Result<fs::path> bad = setAsideFile(file_, std::chrono::system_clock::now(), kKeptBadFiles);
-  std::string line = "Preferences file " + file_.string() + " " + std::string(why);
+  Result<std::string> bad = store_.setAside();
   if (bad) {
-    log_.write(line + "; moved it to " + bad->filename().string() + " and using the defaults");
+    log_.write(line + "; moved it to " + *bad + " and using the defaults");
   } else {
     log_.write(line + "; could not move it aside (" + bad.error() +
                "); using the defaults, kept in memory only");
@@ -353,45 +187,18 @@ bool UserDefaults::synchronize() {
   return true;
 }
 
-// The whole file goes to a fresh temporary file in the same folder, reaches
-// the disk, and then replaces the old one in a single rename; the folder is
-// synced so the rename itself survives a power cut. On any failure the old
-// file is untouched and the temporary file is removed.
 bool UserDefaults::write() {
   const std::string bytes = encode(values_);
   std::string refused;
   if (!decodeFile(bytes, &refused)) {
-    log_.write("Could not save preferences to " + file_.string() + ": the new file " + refused +
+    log_.write("Could not save preferences to " + store_.location() + ": the new file " + refused +
                ", which the next launch would refuse; the saved file is kept");
     return false;
   }
-  std::string temp = (folder_ / (std::string(kTempPrefix) + "XXXXXX")).string();
-
-  auto fail = [&](const char* step, int error, bool removeTemp) {
-    if (removeTemp)
-      ::unlink(temp.c_str());
-    log_.write("Could not save preferences to " + file_.string() + ": " + step + " failed (" +
-               errorText(error) + ")");
+  if (Status saved = store_.save(bytes); !saved) {
+    log_.write("Could not save preferences to " + store_.location() + ": " + saved.error());
     return false;
-  };
-
-  Fd fd(::mkostemp(temp.data(), O_CLOEXEC));
-  if (fd.get() < 0)
-    return fail("creating the temporary file", errno, false);
-  if (!writeAll(fd.get(), bytes))
-    return fail("write", errno, true);
-  if (::fsync(fd.get()) != 0)
-    return fail("fsync", errno, true);
-  if (fd.close() != 0)
-    return fail("close", errno, true);
-  if (::rename(temp.c_str(), file_.c_str()) != 0)
-    return fail("rename", errno, true);
-
-  Fd dir(::open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (dir.get() < 0)
-    return fail("opening the folder", errno, false);
-  if (::fsync(dir.get()) != 0)
-    return fail("fsync of the folder", errno, false);
+  }
   return true;
 }
 

@@ -1,43 +1,35 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "kit/foundation/folder_lock.h"
 #include "kit/foundation/log.h"
 #include "kit/foundation/thread_checker.h"
 #include "kit/foundation/value.h"
+#include "kit/platform/preference_store.h"
 
 namespace kit {
 
 // The user's preferences, as the platform's user defaults: typed values by
 // key over registered defaults (kept in memory, never written). Persisted as
-// compact JSON in `folder`/prefs.json, written atomically on synchronize()
-// and on destruction. A missing file is a first launch; a corrupt one is
-// moved aside to prefs.json.bad-<UTC time> (the newest kKeptBadFiles kept)
-// with a log line and the store starts from its defaults. The store holds
-// the folder while it lives: a second store on it (another copy of the
-// program) reads the file but keeps its changes in memory only and says so;
-// a folder that cannot be used (or an empty path) keeps values in memory.
-// Main thread only (the thread that made it; checked in debug builds). The
-// log must outlive the store.
+// one compact JSON document in the backend's PreferenceStore, saved whole on
+// synchronize() and on destruction. A missing document is a first launch; a
+// corrupt one is set aside by the store with a log line and the values start
+// from their defaults. A store held by another copy of the program is read
+// but never written (changes stay in memory, as with a store that cannot
+// persist). Main thread only (the thread that made it; checked in debug
+// builds). The store and the log must outlive it.
 class UserDefaults {
  public:
-  // Files larger than this are set aside unread, and never written.
+  // Documents larger than this are set aside unread, and never written.
   static constexpr size_t kMaxFileBytes = 4 << 20;
-  // Set-aside copies of bad files kept in the folder, newest first.
-  static constexpr size_t kKeptBadFiles = 5;
 
-  UserDefaults(std::filesystem::path folder, Log& log);
+  UserDefaults(PreferenceStore& store, Log& log);
   ~UserDefaults();
   UserDefaults(const UserDefaults&) = delete;
   UserDefaults& operator=(const UserDefaults&) = delete;
-
-  // The per-user data folder of the platform (created if missing).
-  static std::filesystem::path defaultFolder();
 
   // The stored values a preferences file holds, or nullopt when the bytes
   // are not one (not JSON, not an object, too deep, too large). encode()
@@ -65,36 +57,31 @@ class UserDefaults {
   void removeObjectForKey(const std::string& key);
 
   // Writes the stored values if they changed since the last write. Returns
-  // false (and logs) when the file could not be written; the values stay in
-  // memory and the old file stays intact.
+  // false (and logs) when the document could not be saved; the values stay
+  // in memory and the saved document stays intact.
   bool synchronize();
 
-  const std::filesystem::path& filePath() const { return file_; }
+  const PreferenceStore& store() const { return store_; }
   // False when the values live in memory only.
   bool isPersistent() const { return persistent_; }
-  // True when another store (another copy of the program) holds the folder.
-  bool inUseElsewhere() const { return inUseElsewhere_; }
+  // True when another copy of the program holds the store.
+  bool inUseElsewhere() const { return store_.inUseElsewhere(); }
   // The values set by the program (or loaded), without the defaults.
   const Value::Dictionary& storedValues() const { return values_; }
 
  private:
   void load();
-  void removeStrayTempFiles();
-  // Moves a bad file aside and logs why, in one line.
+  // Has the store set a bad document aside and logs why, in one line.
   void setAside(std::string_view why);
   bool write();
 
-  std::filesystem::path folder_;
-  std::filesystem::path file_;
+  PreferenceStore& store_;
   Log& log_;
   Value::Dictionary values_;
   Value::Dictionary defaults_;
-  std::optional<FolderLock> lock_;
-  bool owner_ = false;  // the folder is this store's to write and clean
   bool dirty_ = false;
   bool persistent_ = true;
   ThreadChecker thread_;
-  bool inUseElsewhere_ = false;
 };
 
 }  // namespace kit

@@ -89,10 +89,8 @@ void Application::registerViewControllerClass(std::string name,
 Status Application::launch() {
   if (launched_)
     return {};
-  const std::filesystem::path file = options_.layoutFile.empty()
-                                         ? options_.resourceDir / "layout" / "main.json"
-                                         : options_.layoutFile;
-  Result<InterfaceLayout> layout = InterfaceLayout::load(file);
+  Result<InterfaceLayout> layout =
+      InterfaceLayout::load(services_.bundle.resources(), "layout/main.json");
   if (!layout)
     return Error{layout.error()};
   const DeviceProfile* named = layout->profile(options_.profile);
@@ -120,8 +118,8 @@ Status Application::launch() {
                         " renderer, vsync " + (platformWindow_->vsync() ? "on" : "off"));
     const Bundle& bundle = services_.bundle;
     renderer_ = std::make_unique<Renderer>(
-        *platformWindow_, windows_->imageCodec(),
-        [&bundle](std::string_view name) { return bundle.pathForImage(name); }, services_.log);
+        *platformWindow_, windows_->imageCodec(), bundle.resources(),
+        [&bundle](std::string_view name) { return bundle.imageResource(name); }, services_.log);
   }
 
   services_.device.userInterfaceIdiom = profile.idiom;

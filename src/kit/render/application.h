@@ -54,12 +54,9 @@ class ApplicationDelegate {
 
 struct ApplicationOptions {
   std::string title = "Twin Lanes";
-  std::filesystem::path resourceDir;  // images/, layout/, strings/ ...
-  std::filesystem::path layoutFile;   // default: resourceDir/layout/main.json
-  std::string profile = "phone";      // a device profile of the layout
-  std::optional<Size> sceneSize;      // replaces the profile's scene size
-  std::filesystem::path prefsDir;     // default: the per-user data folder
-  bool window = true;                 // false: no window at all (headless)
+  std::string profile = "phone";  // a device profile of the layout (the bundle's layout/main.json)
+  std::optional<Size> sceneSize;  // replaces the profile's scene size
+  bool window = true;             // false: no window at all (headless)
   bool fullscreen = false;
   double windowScale = 0;      // window coordinates per point; 0 fits the desktop
   std::filesystem::path icon;  // the window's icon (PNG)

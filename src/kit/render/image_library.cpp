@@ -1,14 +1,12 @@
 #include "kit/render/image_library.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 
 namespace kit {
 namespace {
 
 // Image files larger than this are refused unread.
-constexpr std::uintmax_t kLargestFile = 32u << 20;
+constexpr size_t kLargestFile = 32u << 20;
 
 bool allOpaque(const PixelBuffer& pixels) {
   for (size_t i = 3; i < pixels.rgba.size(); i += 4) {
@@ -35,8 +33,13 @@ struct ImageLibrary::Source {
   std::vector<Entry> sizes;  // an SVG's rasterisations; a PNG's one decoding
 };
 
-ImageLibrary::ImageLibrary(RenderTarget& target, ImageCodec& codec, Resolver resolver, Log& log)
-    : target_(target), codec_(codec), resolver_(std::move(resolver)), log_(log) {}
+ImageLibrary::ImageLibrary(RenderTarget& target, ImageCodec& codec, const ResourceStore& resources,
+                           Resolver resolver, Log& log)
+    : target_(target),
+      codec_(codec),
+      resources_(resources),
+      resolver_(std::move(resolver)),
+      log_(log) {}
 
 ImageLibrary::~ImageLibrary() = default;
 
@@ -45,22 +48,20 @@ ImageLibrary::Source* ImageLibrary::source(const std::string& name) {
   if (it != sources_.end())
     return it->second.get();
   auto source = std::make_unique<Source>();
-  const std::optional<std::filesystem::path> path = resolver_ ? resolver_(name) : std::nullopt;
-  std::error_code ec;
-  if (!path) {
+  const std::optional<std::string> resource = resolver_ ? resolver_(name) : std::nullopt;
+  Result<std::string> bytes = resource ? resources_.read(*resource, kLargestFile) : Error{""};
+  if (!resource) {
     log_.write("image not found: " + name);
     source->failed = true;
-  } else if (std::filesystem::file_size(*path, ec) > kLargestFile || ec) {
-    log_.write("image file unreadable or too large: " + path->string());
+  } else if (!bytes) {
+    log_.write("image file unreadable or too large: " + resources_.location(*resource));
+    source->failed = true;
+  } else if (bytes->empty()) {
+    log_.write("image file unreadable: " + resources_.location(*resource));
     source->failed = true;
   } else {
-    std::ifstream in(*path, std::ios::binary);
-    source->bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    source->svg = path->extension() == ".svg";
-    if (source->bytes.empty()) {
-      log_.write("image file unreadable: " + path->string());
-      source->failed = true;
-    }
+    source->bytes = std::move(*bytes);
+    source->svg = resource->ends_with(".svg");
   }
   return sources_.emplace(name, std::move(source)).first->second.get();
 }

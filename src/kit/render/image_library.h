@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -12,6 +11,7 @@
 
 #include "kit/foundation/log.h"
 #include "kit/platform/image_codec.h"
+#include "kit/platform/resource_store.h"
 #include "kit/render/target_texture.h"
 
 namespace kit {
@@ -23,7 +23,9 @@ namespace kit {
 // Borrows the render target, the codec and the log; all outlive it.
 class ImageLibrary {
  public:
-  using Resolver = std::function<std::optional<std::filesystem::path>(std::string_view)>;
+  // An image name ("car", "bg.png") to the name of its SVG or PNG resource
+  // ("images/car.svg"), or nullopt when there is none.
+  using Resolver = std::function<std::optional<std::string>(std::string_view)>;
 
   struct Sized {
     TextureId texture = 0;
@@ -35,7 +37,8 @@ class ImageLibrary {
   // Largest side, in pixels, an image is rasterised at.
   static constexpr int kLargestSide = 4096;
 
-  ImageLibrary(RenderTarget& target, ImageCodec& codec, Resolver resolver, Log& log);
+  ImageLibrary(RenderTarget& target, ImageCodec& codec, const ResourceStore& resources,
+               Resolver resolver, Log& log);
   ~ImageLibrary();
   ImageLibrary(const ImageLibrary&) = delete;
   ImageLibrary& operator=(const ImageLibrary&) = delete;
@@ -58,6 +61,7 @@ class ImageLibrary {
 
   RenderTarget& target_;
   ImageCodec& codec_;
+  const ResourceStore& resources_;
   Resolver resolver_;
   Log& log_;
   std::unordered_map<std::string, std::unique_ptr<Source>> sources_;

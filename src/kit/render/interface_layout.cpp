@@ -1,8 +1,6 @@
 #include "kit/render/interface_layout.h"
 
 #include <cmath>
-#include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
@@ -314,14 +312,12 @@ Result<InterfaceLayout> InterfaceLayout::parse(std::string_view text) {
   }
 }
 
-Result<InterfaceLayout> InterfaceLayout::load(const std::filesystem::path& file) {
-  std::error_code ec;
-  const auto bytes = std::filesystem::file_size(file, ec);
-  if (ec || bytes > kLargestFile)
-    return Error{"layout: cannot read " + file.string()};
-  std::ifstream in(file, std::ios::binary);
-  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  return parse(text);
+Result<InterfaceLayout> InterfaceLayout::load(const ResourceStore& resources,
+                                              std::string_view name) {
+  const Result<std::string> text = resources.read(name, kLargestFile);
+  if (!text)
+    return Error{"layout: cannot read " + resources.location(name)};
+  return parse(*text);
 }
 
 const DeviceProfile* InterfaceLayout::profile(std::string_view name) const {

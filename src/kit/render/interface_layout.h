@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -13,6 +12,7 @@
 #include "kit/foundation/device.h"
 #include "kit/foundation/geometry.h"
 #include "kit/foundation/result.h"
+#include "kit/platform/resource_store.h"
 
 namespace kit {
 
@@ -56,7 +56,9 @@ class InterfaceLayout {
 
   // nullopt and a one-line reason when the text is not a usable layout.
   [[nodiscard]] static Result<InterfaceLayout> parse(std::string_view json);
-  [[nodiscard]] static Result<InterfaceLayout> load(const std::filesystem::path& file);
+  // The layout in resource `name` ("layout/main.json").
+  [[nodiscard]] static Result<InterfaceLayout> load(const ResourceStore& resources,
+                                                    std::string_view name);
 
   const std::vector<DeviceProfile>& profiles() const { return profiles_; }
   // The profile of that name, or nullptr.

@@ -127,8 +127,9 @@ struct Renderer::Impl {
     uint64_t version = 0;
   };
 
-  Impl(RenderTarget& target, ImageCodec& codec, ImageResolver resolver, Log& log)
-      : r(target), images(target, codec, std::move(resolver), log) {
+  Impl(RenderTarget& target, ImageCodec& codec, const ResourceStore& resources,
+       ImageResolver resolver, Log& log)
+      : r(target), images(target, codec, resources, std::move(resolver), log) {
     const uint8_t whitePixel[4] = {255, 255, 255, 255};
     white = TargetTexture(r, whitePixel, 1, 1);
   }
@@ -546,8 +547,9 @@ struct Renderer::Impl {
   }
 };
 
-Renderer::Renderer(RenderTarget& target, ImageCodec& codec, ImageResolver images, Log& log)
-    : impl_(std::make_unique<Impl>(target, codec, std::move(images), log)) {}
+Renderer::Renderer(RenderTarget& target, ImageCodec& codec, const ResourceStore& resources,
+                   ImageResolver images, Log& log)
+    : impl_(std::make_unique<Impl>(target, codec, resources, std::move(images), log)) {}
 
 Renderer::~Renderer() = default;
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -11,6 +10,8 @@
 #include "kit/foundation/log.h"
 #include "kit/platform/image_codec.h"
 #include "kit/platform/render_target.h"
+#include "kit/platform/resource_store.h"
+#include "kit/render/image_library.h"
 #include "kit/render/viewport.h"
 
 namespace kit {
@@ -29,14 +30,16 @@ class View;
 // Everything that needs rasterising (SVG images at the pixel size they are
 // drawn, text, panels) is made once and cached by what decides its pixels,
 // so a steady frame only copies textures. Entries unused for a few seconds
-// are released. Borrows the target, the image codec and the log; all outlive it.
+// are released. Borrows the target, the image codec, the resources and the
+// log; all outlive it.
 // Main thread only.
 class Renderer {
  public:
-  // Resolves an image name ("car", "bg.png") to its SVG or PNG file.
-  using ImageResolver = std::function<std::optional<std::filesystem::path>(std::string_view)>;
+  // Resolves an image name ("car", "bg.png") to its SVG or PNG resource.
+  using ImageResolver = ImageLibrary::Resolver;
 
-  Renderer(RenderTarget& target, ImageCodec& codec, ImageResolver images, Log& log);
+  Renderer(RenderTarget& target, ImageCodec& codec, const ResourceStore& resources,
+           ImageResolver images, Log& log);
   ~Renderer();
   Renderer(const Renderer&) = delete;
   Renderer& operator=(const Renderer&) = delete;

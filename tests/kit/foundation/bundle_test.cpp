@@ -2,25 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-
+#include "kit/backends/files/file_resource_store.h"
 #include "kit/foundation/json.h"
-#include "kit/foundation/temp_dir.h"
+#include "kit/foundation/memory_preference_store.h"
+#include "kit/foundation/memory_resource_store.h"
 #include "kit/foundation/user_defaults.h"
 
 namespace kit {
 namespace {
 
-namespace fs = std::filesystem;
-
 class BundleTest : public ::testing::Test {
  protected:
   BundleTest() { put("publisher.json", R"({"CFBundleVersion": "2.0"})"); }
 
-  void put(const fs::path& relative, const std::string& bytes) {
-    fs::create_directories((dir.path() / relative).parent_path());
-    std::ofstream(dir.path() / relative, std::ios::binary) << bytes;
-  }
+  void put(const std::string& name, const std::string& bytes) { resources.add(name, bytes); }
   void addTable(const std::string& name, const std::string& lang, const Value::Dictionary& texts) {
     put("strings/" + name + "." + lang + ".json", toJson(Value(texts)));
   }
@@ -30,13 +25,14 @@ class BundleTest : public ::testing::Test {
   }
   Bundle& bundle() {
     if (!bundle_)
-      bundle_ = std::make_unique<Bundle>(dir.path(), &prefs, log);
+      bundle_ = std::make_unique<Bundle>(resources, &prefs, log);
     return *bundle_;
   }
 
-  TempDir dir;
+  MemoryResourceStore resources;
   CapturingLog log;
-  UserDefaults prefs{{}, log};
+  MemoryPreferenceStore store;
+  UserDefaults prefs{store, log};
   std::unique_ptr<Bundle> bundle_;
 };
 
@@ -44,16 +40,13 @@ TEST_F(BundleTest, ImagesAreFoundByNameWithOrWithoutExtensionAndAnSvgWins) {
   put("images/car.svg", "<svg/>");
   put("images/car.png", "png");
   put("images/bg.png", "png");
-  put("layout/main.json", "{}");
-  EXPECT_EQ(bundle().pathForImage("car"), dir.path() / "images/car.svg");
-  EXPECT_EQ(bundle().pathForImage("car.png"), dir.path() / "images/car.svg");
-  EXPECT_EQ(bundle().pathForImage("bg"), dir.path() / "images/bg.png");
-  EXPECT_EQ(bundle().pathForImage("bg.png"), dir.path() / "images/bg.png");
-  for (const char* missing : {"fire2", "", ".png", "../images/car", "images/car"})
-    EXPECT_EQ(bundle().pathForImage(missing), std::nullopt) << missing;
-  EXPECT_EQ(bundle().pathForResource("layout/main.json"), dir.path() / "layout/main.json");
-  for (const char* refused : {"layout/none.json", "", "/etc/passwd", "layout/../../x"})
-    EXPECT_EQ(bundle().pathForResource(refused), std::nullopt) << refused;
+  put("images/sub/car.svg", "<svg/>");
+  EXPECT_EQ(bundle().imageResource("car"), "images/car.svg");
+  EXPECT_EQ(bundle().imageResource("car.png"), "images/car.svg");
+  EXPECT_EQ(bundle().imageResource("bg"), "images/bg.png");
+  EXPECT_EQ(bundle().imageResource("bg.png"), "images/bg.png");
+  for (const char* missing : {"fire2", "", ".png", "../images/car", "images/car", "sub/car"})
+    EXPECT_EQ(bundle().imageResource(missing), std::nullopt) << missing;
 }
 
 TEST_F(BundleTest, LanguagesFallBackThroughShorterCodesThenEnglishThenTheKey) {
@@ -109,7 +102,8 @@ TEST_F(BundleTest, BrokenOrMissingTablesAreLoggedOnceAndFallBack) {
 }
 
 TEST_F(BundleTest, InfoValuesComeFromThePublisherConfig) {
-  Bundle real(TWINLANES_RESOURCES, nullptr, log);
+  FileResourceStore files(TWINLANES_RESOURCES);
+  Bundle real(files, nullptr, log);
   EXPECT_EQ(real.infoValue("CFBundleDisplayName"), Value("Twin Lanes"));
   const Value id = real.infoValue("appStoreId");
   ASSERT_TRUE(id.ifInteger());
@@ -119,9 +113,11 @@ TEST_F(BundleTest, InfoValuesComeFromThePublisherConfig) {
 
   EXPECT_EQ(bundle().infoValue("CFBundleVersion"), Value("2.0"));
   put("publisher.json", "[1]");
-  Bundle wrong(dir.path(), nullptr, log);
+  Bundle wrong(resources, nullptr, log);
   EXPECT_TRUE(wrong.infoValue("CFBundleVersion").isNil());
-  EXPECT_EQ(log.lines().size(), 1u);
+  ASSERT_EQ(log.lines().size(), 1u);
+  EXPECT_EQ(log.lines()[0], "Publisher config " + resources.location("publisher.json") +
+                                " is not a JSON object; bundle info values are empty");
 }
 
 }  // namespace

@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "kit/foundation/bundle.h"
-#include "kit/foundation/temp_dir.h"
+#include "kit/foundation/memory_preference_store.h"
+#include "kit/foundation/user_defaults.h"
 
 namespace kit {
 namespace {
@@ -22,9 +23,9 @@ TEST(PreferredLanguagesTest, LocalesBecomeLanguageCodesWithTheChineseScript) {
 }
 
 TEST(PreferredLanguagesTest, LanguagesAreRegisteredNotStoredAndFallBackToTheDesktop) {
-  TempDir folder;
+  MemoryPreferenceStore store;
   CapturingLog log;
-  UserDefaults defaults(folder.path(), log);
+  UserDefaults defaults(store, log);
   registerPreferredLanguages(defaults, "zh_CN");
   EXPECT_EQ(defaults.objectForKey("AppleLanguages"), Value(Value::Array{"zh-Hans-CN"}));
   EXPECT_EQ(defaults.storedValues().count("AppleLanguages"), 0u);

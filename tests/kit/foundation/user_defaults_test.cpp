@@ -1,73 +1,36 @@
 #include "kit/foundation/user_defaults.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
+#include <limits>
 #include <memory>
-#include <random>
-#include <regex>
 #include <string>
 
-#include "kit/foundation/json.h"
-#include "kit/foundation/temp_dir.h"
+#include "kit/foundation/memory_preference_store.h"
 
 namespace kit {
 namespace {
 
-namespace fs = std::filesystem;
-
+// What the values mean, on a document in memory; tests/kit/backends/files
+// has what the file adds (locking, set-aside copies, atomic saves).
 class UserDefaultsTest : public ::testing::Test {
  protected:
-  // A fresh store on the folder, as a new launch would make it.
+  // A fresh UserDefaults on the store, as a new launch would make it.
   UserDefaults& launch() {
     prefs.reset();
-    prefs = std::make_unique<UserDefaults>(dir.path(), log);
+    prefs = std::make_unique<UserDefaults>(store, log);
     return *prefs;
   }
   void quit() { prefs.reset(); }
-
-  void writeFile(const std::string& name, const std::string& bytes) {
-    std::ofstream(dir.path() / name, std::ios::binary) << bytes;
-  }
-  std::string readFile(const std::string& name) const {
-    std::ifstream in(dir.path() / name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-  }
-  std::vector<std::string> files() const {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(dir.path())) {
-      names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-  }
-  // The set-aside copies of bad files, oldest first.
-  std::vector<std::string> badFiles() const {
-    std::vector<std::string> names;
-    for (const auto& name : files()) {
-      if (name.rfind("prefs.json.bad-", 0) == 0)
-        names.push_back(name);
-    }
-    return names;
-  }
-  std::string newestBad() const {
-    const auto names = badFiles();
-    return names.empty() ? "" : names.back();
-  }
+  // A document saved before the launch (by the user, or a broken program).
+  void save(const std::string& bytes) { store.document = bytes; }
   Value::Dictionary onDisk() const {
-    auto values = UserDefaults::decode(readFile("prefs.json"));
-    EXPECT_TRUE(values) << readFile("prefs.json");
+    auto values = UserDefaults::decode(store.document.value_or(""));
+    EXPECT_TRUE(values) << store.document.value_or("(none)");
     return values.value_or(Value::Dictionary{});
   }
 
-  TempDir dir;
+  MemoryPreferenceStore store;
   CapturingLog log;
   std::unique_ptr<UserDefaults> prefs;
 };
@@ -77,7 +40,7 @@ TEST_F(UserDefaultsTest, RegisteredDefaultsAreReadButNeverWritten) {
   d.registerDefaults({{"sound", true}, {"cnt", 5}});
   EXPECT_EQ(d.integerForKey("cnt"), 5);
   EXPECT_TRUE(d.synchronize());
-  EXPECT_FALSE(fs::exists(dir.path() / "prefs.json"));
+  EXPECT_FALSE(store.document);
   EXPECT_TRUE(log.lines().empty());
   d.setInteger(1, "cnt");
   ASSERT_TRUE(d.synchronize());
@@ -94,7 +57,7 @@ TEST_F(UserDefaultsTest, RegisteredDefaultsAreReadButNeverWritten) {
 // The file is user-editable: whatever types it holds are kept, and the
 // typed getters convert them as the platform does.
 TEST_F(UserDefaultsTest, EditedValuesAreKeptAndReadWithThePlatformsConversions) {
-  writeFile("prefs.json", R"({"text": "12", "word": "abc", "real": 3.7, "yes": true,
+  save(R"({"text": "12", "word": "abc", "real": 3.7, "yes": true,
       "list": ["en"], "huge": 1e300, "long": "99999999999999999999", "neg": -12.9})");
   auto& d = launch();
   EXPECT_TRUE(log.lines().empty());
@@ -133,23 +96,6 @@ TEST_F(UserDefaultsTest, ValuesKeepTheirTypesAcrossLaunchesAndAreSavedAtExit) {
   EXPECT_TRUE(log.lines().empty());
 }
 
-TEST_F(UserDefaultsTest, SavesArePrivateAndOnlyWhenSomethingChanged) {
-  writeFile("prefs.json.tmp-abc123", R"({"best": 5)");  // a stray from a killed save
-  auto& d = launch();
-  d.setInteger(3, "best");
-  ASSERT_TRUE(d.synchronize());
-  struct stat before {};
-  ASSERT_EQ(::stat((dir.path() / "prefs.json").c_str(), &before), 0);
-  EXPECT_EQ(before.st_mode & 0777, 0600u);
-
-  d.setInteger(3, "best");  // the same value again
-  ASSERT_TRUE(d.synchronize());
-  struct stat after {};
-  ASSERT_EQ(::stat((dir.path() / "prefs.json").c_str(), &after), 0);
-  EXPECT_EQ(after.st_ino, before.st_ino);  // each write renames a new file in
-  EXPECT_EQ(files(), (std::vector<std::string>{"prefs.json"}));
-}
-
 TEST_F(UserDefaultsTest, BadFilesAreSetAsideWithOneLineAndDefaultsUsed) {
   using namespace std::string_literals;
   const std::pair<const char*, std::string> cases[] = {
@@ -163,89 +109,20 @@ TEST_F(UserDefaultsTest, BadFilesAreSetAsideWithOneLineAndDefaultsUsed) {
   };
   for (const auto& [name, bytes] : cases) {
     SCOPED_TRACE(name);
-    writeFile("prefs.json", bytes);
+    save(bytes);
     auto& d = launch();
     d.registerDefaults({{"best", 0}});
     EXPECT_EQ(d.integerForKey("best"), 0);
     EXPECT_EQ(log.take().size(), 1u);
-    EXPECT_EQ(readFile(newestBad()), bytes);
+    ASSERT_FALSE(store.setAsideDocuments.empty());
+    EXPECT_EQ(store.setAsideDocuments.back(), bytes);
 
     d.setInteger(7, "best");
     ASSERT_TRUE(d.synchronize());
     EXPECT_EQ(onDisk(), (Value::Dictionary{{"best", 7}}));
     quit();
-    fs::remove(dir.path() / "prefs.json");
+    store.document.reset();
   }
-}
-
-TEST_F(UserDefaultsTest, HugeFileIsSetAsideUnread) {
-  {
-    int fd = ::open((dir.path() / "prefs.json").c_str(), O_CREAT | O_WRONLY, 0600);
-    ASSERT_GE(fd, 0);
-    ASSERT_EQ(::ftruncate(fd, 100 << 20), 0);  // sparse: 100 MB of zeros
-    ::close(fd);
-  }
-  EXPECT_TRUE(launch().storedValues().empty());
-  ASSERT_EQ(log.lines().size(), 1u);
-  EXPECT_NE(log.lines()[0].find("larger than"), std::string::npos) << log.lines()[0];
-  EXPECT_EQ(fs::file_size(dir.path() / newestBad()), 100u << 20);
-}
-
-TEST_F(UserDefaultsTest, UnusableFolderKeepsValuesInMemory) {
-  writeFile("not-a-folder", "x");
-  UserDefaults d(dir.path() / "not-a-folder" / "prefs", log);
-  EXPECT_FALSE(d.isPersistent());
-  EXPECT_EQ(log.take().size(), 1u);
-  d.setInteger(5, "best");
-  EXPECT_EQ(d.integerForKey("best"), 5);
-  EXPECT_FALSE(d.synchronize());
-  EXPECT_TRUE(log.take().empty());  // said once, not on every save
-}
-
-TEST_F(UserDefaultsTest, FailedSaveKeepsOldFileAndValuesAndRetriesAndAFolderIsSetAside) {
-  auto& d = launch();
-  d.setInteger(1, "best");
-  ASSERT_TRUE(d.synchronize());
-  const std::string old = readFile("prefs.json");
-
-  // A folder appears in the file's place, so the final rename fails.
-  fs::rename(dir.path() / "prefs.json", dir.path() / "saved");
-  fs::create_directories(dir.path() / "prefs.json" / "inner");
-  d.setInteger(2, "best");
-  EXPECT_FALSE(d.synchronize());
-  EXPECT_EQ(log.take().size(), 1u);
-  EXPECT_EQ(files(), (std::vector<std::string>{"prefs.json", "saved"}));  // no temp file left
-  EXPECT_EQ(readFile("saved"), old);
-
-  fs::remove_all(dir.path() / "prefs.json");
-  EXPECT_TRUE(d.synchronize());  // still unsaved, so it writes now
-  EXPECT_EQ(onDisk(), (Value::Dictionary{{"best", 2}}));
-
-  quit();
-  fs::remove(dir.path() / "prefs.json");
-  fs::create_directory(dir.path() / "prefs.json");  // a folder in the file's place at launch
-  launch();
-  EXPECT_EQ(log.take().size(), 1u);
-  EXPECT_TRUE(fs::is_directory(dir.path() / newestBad()));
-}
-
-// A second bad file replaced the copy set aside from the first, so whatever
-// could have been recovered from it was gone.
-TEST_F(UserDefaultsTest, EveryBadFileIsKeptTimeStampedAndOnlyTheNewestFew) {
-  for (int i = 0; i < 7; ++i) {
-    writeFile("prefs.json", "broken " + std::to_string(i));
-    launch();
-    quit();
-  }
-  const auto bad = badFiles();
-  ASSERT_EQ(bad.size(), UserDefaults::kKeptBadFiles);
-  // The newest five, in order, each under its own UTC time stamp.
-  for (size_t i = 0; i < bad.size(); ++i) {
-    EXPECT_EQ(readFile(bad[i]), "broken " + std::to_string(i + 2)) << bad[i];
-    EXPECT_TRUE(std::regex_match(bad[i], std::regex(R"(prefs\.json\.bad-\d{8}T\d{6}Z(-\d\d)?)")))
-        << bad[i];
-  }
-  EXPECT_EQ(log.lines().back().find(bad.back()) != std::string::npos, true) << log.lines().back();
 }
 
 // A file just under the reader's limit was pretty-printed past it on the
@@ -254,17 +131,17 @@ TEST_F(UserDefaultsTest, TheWriterNeverWritesAFileTheReaderWouldRefuse) {
   std::string list = "[0";
   while (list.size() < UserDefaults::kMaxFileBytes - 1000)
     list += ",1";
-  writeFile("prefs.json", "{\"list\":" + list + "],\"best\":1}");
+  save("{\"list\":" + list + "],\"best\":1}");
   auto& d = launch();
   ASSERT_EQ(d.integerForKey("best"), 1);
   d.setInteger(2, "best");
   ASSERT_TRUE(d.synchronize());
-  EXPECT_LE(fs::file_size(dir.path() / "prefs.json"), UserDefaults::kMaxFileBytes);
+  EXPECT_LE(store.document->size(), UserDefaults::kMaxFileBytes);
   EXPECT_EQ(launch().integerForKey("best"), 2);
   EXPECT_TRUE(log.take().empty());
 
   // Values the reader would refuse are not written; the saved file stays.
-  const std::string saved = readFile("prefs.json");
+  const std::string saved = *store.document;
   prefs->setObject(Value(std::string(UserDefaults::kMaxFileBytes, 'x')), "huge");
   EXPECT_FALSE(prefs->synchronize());
   prefs->removeObjectForKey("huge");
@@ -277,14 +154,14 @@ TEST_F(UserDefaultsTest, TheWriterNeverWritesAFileTheReaderWouldRefuse) {
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_NE(lines[0].find("larger than 4 MiB"), std::string::npos) << lines[0];
   EXPECT_NE(lines[1].find("nested deeper than 64 levels"), std::string::npos) << lines[1];
-  EXPECT_EQ(readFile("prefs.json"), saved);
-  EXPECT_TRUE(badFiles().empty());
+  EXPECT_EQ(store.document, saved);
+  EXPECT_TRUE(store.setAsideDocuments.empty());
 }
 
 // A valid file one level too deep was set aside as "not valid JSON"; one
 // number out of range (1e400) set the whole file aside.
 TEST_F(UserDefaultsTest, TooDeepIsSaidAsSuchAndANumberOutOfRangeLosesOnlyItself) {
-  writeFile("prefs.json", "{\"a\":" + std::string(64, '[') + std::string(64, ']') + "}");
+  save("{\"a\":" + std::string(64, '[') + std::string(64, ']') + "}");
   launch();
   ASSERT_EQ(log.lines().size(), 1u);
   EXPECT_NE(log.lines()[0].find("is nested deeper than 64 levels"), std::string::npos)
@@ -292,115 +169,35 @@ TEST_F(UserDefaultsTest, TooDeepIsSaidAsSuchAndANumberOutOfRangeLosesOnlyItself)
   quit();
   log.take();
 
-  writeFile("prefs.json", R"({"best": 12, "cnt": 1e400, "sound": false})");
+  save(R"({"best": 12, "cnt": 1e400, "sound": false})");
   auto& d = launch();
   d.registerDefaults({{"cnt", 3}});
   EXPECT_EQ(d.integerForKey("best"), 12);
   EXPECT_EQ(d.integerForKey("cnt"), 3);  // its default
   EXPECT_FALSE(d.boolForKey("sound"));
   EXPECT_TRUE(log.take().empty());
-  EXPECT_EQ(badFiles().size(), 1u);  // only the deep one
+  EXPECT_EQ(store.setAsideDocuments.size(), 1u);  // only the deep one
 }
 
-// Two copies of the game on one folder saved over each other's best score
-// and counts, and each deleted the other's temporary file mid-save.
-TEST_F(UserDefaultsTest, ASecondStoreOnTheFolderIsRefusedAndTouchesNothing) {
-  auto& first = launch();
-  first.setInteger(40, "best");
-  ASSERT_TRUE(first.synchronize());
-  writeFile("prefs.json.tmp-Ab12Cd", "a save in progress");
-  const std::string saved = readFile("prefs.json");
-
-  CapturingLog otherLog;
-  {
-    UserDefaults second(dir.path(), otherLog);
-    EXPECT_TRUE(second.inUseElsewhere());
-    EXPECT_FALSE(second.isPersistent());
-    ASSERT_EQ(otherLog.lines().size(), 1u);
-    EXPECT_NE(otherLog.lines()[0].find("in use by another copy"), std::string::npos);
-    EXPECT_EQ(second.integerForKey("best"), 40);  // it may read
-    second.setInteger(3, "best");
-    EXPECT_FALSE(second.synchronize());
-  }
-  EXPECT_EQ(readFile("prefs.json"), saved);
-  EXPECT_EQ(readFile("prefs.json.tmp-Ab12Cd"), "a save in progress");
-  EXPECT_FALSE(first.inUseElsewhere());
-
-  // In another process too, until the first one goes.
-  const pid_t child = ::fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
-    CapturingLog quiet;
-    UserDefaults other(dir.path(), quiet);
-    ::_exit(other.inUseElsewhere() ? 0 : 1);
-  }
-  int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-  quit();
-  EXPECT_EQ(launch().integerForKey("best"), 40);
-  EXPECT_FALSE(prefs->inUseElsewhere());
-}
-
-TEST_F(UserDefaultsTest, DefaultFolderIgnoresAnEmptyDataHome) {
-  TempDir home;
-  ::setenv("HOME", home.path().c_str(), 1);
-  ::setenv("XDG_DATA_HOME", "", 1);
-  fs::path folder = UserDefaults::defaultFolder();
-  EXPECT_EQ(folder, home.path() / ".local/share/TwinLanes/TwinLanes");
-  EXPECT_EQ(fs::status(folder).permissions() & fs::perms::all, fs::perms::owner_all);
-}
-
-// A writer killed at any moment leaves a file that parses and holds the last
-// value it reported saved (or the one it was saving).
-TEST_F(UserDefaultsTest, KilledWriterNeverLeavesABrokenFile) {
-  constexpr int kKills = 200;
-  std::mt19937 random(12345);
-  int64_t lastReported = 0;
-  int tornOrStale = 0;
-  for (int kill = 0; kill < kKills; ++kill) {
-    int fds[2];
-    ASSERT_EQ(::pipe(fds), 0);
-    pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      ::close(fds[0]);
-      CapturingLog quiet;
-      UserDefaults d(dir.path(), quiet);
-      for (int64_t best = d.integerForKey("best") + 1;; ++best) {
-        d.setInteger(best, "best");
-        d.setInteger(best * 3, "cnt");
-        if (!d.synchronize())
-          ::_exit(2);
-        if (::write(fds[1], &best, sizeof best) != sizeof best)
-          ::_exit(3);
-      }
-    }
-    ::close(fds[1]);
-    // A save takes about 10 ms here (two fsyncs), so this lands kills before,
-    // during and between the first saves of each writer.
-    ::usleep(std::uniform_int_distribution<useconds_t>(0, 20'000)(random));
-    ::kill(child, SIGKILL);
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFSIGNALED(status)) << "writer stopped by itself: " << status;
-    int64_t reported = 0;
-    while (::read(fds[0], &reported, sizeof reported) == sizeof reported)
-      lastReported = reported;
-    ::close(fds[0]);
-
-    CapturingLog check;
-    UserDefaults after(dir.path(), check);
-    if (!check.lines().empty() || after.integerForKey("best") < lastReported ||
-        after.integerForKey("cnt") != after.integerForKey("best") * 3) {
-      ++tornOrStale;
-      ADD_FAILURE() << "after kill " << kill << ": best " << after.integerForKey("best")
-                    << ", reported " << lastReported << ", log "
-                    << (check.lines().empty() ? "" : check.lines()[0]);
-    }
-  }
-  EXPECT_EQ(tornOrStale, 0);
-  EXPECT_GE(lastReported, kKills / 10);  // the writers did get saves done
+// The lines a bad or unsaveable document gives name the store's location and
+// say what happens next, word for word (scenario dumps show them).
+TEST_F(UserDefaultsTest, LogLinesNameTheStoreAndSayWhatHappens) {
+  save("");
+  launch();
+  save(std::string(UserDefaults::kMaxFileBytes + 1, ' '));
+  launch();
+  Value deep(1);
+  for (int i = 0; i < 70; ++i)
+    deep = Value(Value::Array{deep});
+  prefs->setObject(deep, "deep");
+  EXPECT_FALSE(prefs->synchronize());
+  EXPECT_EQ(log.take(),
+            (std::vector<std::string>{
+                "Preferences file memory is empty; moved it to bad-1 and using the defaults",
+                "Preferences file memory is larger than 4 MiB; moved it to bad-2 and using the "
+                "defaults",
+                "Could not save preferences to memory: the new file is nested deeper than 64 "
+                "levels, which the next launch would refuse; the saved file is kept"}));
 }
 
 }  // namespace

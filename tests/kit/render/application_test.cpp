@@ -70,7 +70,6 @@ class ApplicationTest : public ::testing::Test {
     if (!std::getenv("SDL_VIDEODRIVER"))
       SDL_SetHint(SDL_HINT_VIDEODRIVER, "dummy");
     ApplicationOptions options;
-    options.resourceDir = TWINLANES_RESOURCES;
     options.windowScale = 1;
     delegate = std::make_shared<RecordingDelegate>();
     app = std::make_unique<Application>(options, delegate, platform.services(), &windows);
@@ -213,7 +212,7 @@ TEST_F(ApplicationTest, EscapeQuitsAndTerminationWritesThePreferencesOnce) {
   EXPECT_EQ(app->run(), 0);  // returns at once, terminating
   app->terminate();
   EXPECT_EQ(std::count(delegate->calls.begin(), delegate->calls.end(), "terminate"), 1);
-  std::ifstream file(platform.defaults.filePath());
+  std::ifstream file(platform.defaults.store().location());
   const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
   EXPECT_NE(text.find("\"best\""), std::string::npos) << text;
 }
@@ -255,7 +254,6 @@ TEST(ApplicationScreen, IsTheMainScreenOnlyWhileTheApplicationLives) {
   TempDir prefs{"twinlanes-app-test"};
   HeadlessPlatform platform{prefs.path(), TWINLANES_RESOURCES};
   ApplicationOptions options;
-  options.resourceDir = TWINLANES_RESOURCES;
   options.window = false;
   options.profile = "pad";
   {
@@ -275,7 +273,6 @@ TEST(ApplicationWithoutDisplay, LaunchSaysSoAndNothingCrashes) {
   TempDir prefs{"twinlanes-app-test"};
   HeadlessPlatform platform{prefs.path(), TWINLANES_RESOURCES};
   ApplicationOptions options;
-  options.resourceDir = TWINLANES_RESOURCES;
   DesktopWindowSystem windows;
   Application app(options, std::make_shared<ApplicationDelegate>(), platform.services(), &windows);
   Status launched = app.launch();

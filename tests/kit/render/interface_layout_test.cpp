@@ -2,6 +2,7 @@
 // frames, and the errors a broken file gives.
 #include <gtest/gtest.h>
 
+#include "kit/backends/files/file_resource_store.h"
 #include "kit/render/interface_layout.h"
 #include "kit/render/sprite_view.h"
 #include "kit/ui/navigation_controller.h"
@@ -29,7 +30,7 @@ class ProbeController : public ViewController, public OutletTarget {
 class LayoutTest : public ::testing::Test {
  protected:
   InterfaceLayout mainLayout() {
-    auto layout = InterfaceLayout::load(TWINLANES_RESOURCES "/layout/main.json");
+    auto layout = InterfaceLayout::load(FileResourceStore(TWINLANES_RESOURCES), "layout/main.json");
     EXPECT_TRUE(layout) << layout.error();
     return *layout;
   }
@@ -110,7 +111,7 @@ TEST_F(LayoutTest, BrokenFilesAndUnknownClassesAreRefusedWithThePlaceOfTheFault)
   for (const auto& [json, reason] : cases)
     EXPECT_NE(refusal(json).find(reason), std::string::npos) << json << " -> " << refusal(json);
 
-  auto missing = InterfaceLayout::load("/nonexistent/main.json");
+  auto missing = InterfaceLayout::load(FileResourceStore("/nonexistent"), "main.json");
   EXPECT_FALSE(missing);
   EXPECT_NE(missing.error().find("cannot read"), std::string::npos);
   auto unknown = mainLayout().instantiate(*mainLayout().profile("phone"), {});

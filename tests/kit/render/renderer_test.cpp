@@ -5,13 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <fstream>
 #include <numbers>
 
 #include "kit/backends/desktop/render_window.h"
 #include "kit/backends/desktop/sdl_image_codec.h"
 #include "kit/foundation/log.h"
-#include "kit/foundation/temp_dir.h"
+#include "kit/foundation/memory_resource_store.h"
 #include "kit/render/renderer.h"
 #include "kit/render/sprite_view.h"
 #include "kit/scene/label_node.h"
@@ -44,11 +43,11 @@ class SceneRenderTest : public ::testing::Test {
     renderWindow = RenderWindow::open(options, &error);
     ASSERT_TRUE(renderWindow) << error;
     renderer = std::make_unique<Renderer>(
-        *renderWindow, codec,
-        [this](std::string_view name) -> std::optional<std::filesystem::path> {
-          const auto path = images.path() / (std::string(name) + ".svg");
-          if (std::filesystem::exists(path))
-            return path;
+        *renderWindow, codec, images,
+        [this](std::string_view name) -> std::optional<std::string> {
+          const std::string resource = std::string(name) + ".svg";
+          if (images.exists(resource))
+            return resource;
           return std::nullopt;
         },
         log);
@@ -68,9 +67,11 @@ class SceneRenderTest : public ::testing::Test {
 
   // An SVG image of one colour, `name`.svg.
   void writeImage(const std::string& name, const std::string& fill) {
-    std::ofstream(images.path() / (name + ".svg"))
-        << R"(<svg xmlns="http://www.w3.org/2000/svg" width="10" height="10" viewBox="0 0 10 10">)"
-        << R"(<rect width="10" height="10" fill=")" << fill << R"("/></svg>)";
+    images.add(
+        name + ".svg",
+        R"(<svg xmlns="http://www.w3.org/2000/svg" width="10" height="10" viewBox="0 0 10 10">)"
+        R"(<rect width="10" height="10" fill=")" +
+            fill + R"("/></svg>)");
   }
 
   void draw() {
@@ -105,7 +106,7 @@ class SceneRenderTest : public ::testing::Test {
 
   const Size content_{200, 100};
   CapturingLog log;
-  TempDir images{"twinlanes-render-test"};
+  MemoryResourceStore images;
   SdlImageCodec codec;
   std::unique_ptr<RenderWindow> renderWindow;
   std::unique_ptr<Renderer> renderer;

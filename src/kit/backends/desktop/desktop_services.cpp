@@ -5,7 +5,7 @@ namespace {
 
 std::filesystem::path preferencesFolder(const std::filesystem::path& prefsDir) {
   if (prefsDir.empty())
-    return UserDefaults::defaultFolder();
+    return FilePreferenceStore::defaultFolder();
   std::error_code ignored;
   std::filesystem::create_directories(prefsDir, ignored);
   return prefsDir;
@@ -16,8 +16,10 @@ std::filesystem::path preferencesFolder(const std::filesystem::path& prefsDir) {
 DesktopServices::DesktopServices(const std::filesystem::path& prefsDir,
                                  const std::filesystem::path& resourceDir)
     : runLoop(clock),
-      defaults(preferencesFolder(prefsDir), log),
-      bundle(resourceDir, &defaults, log),
+      preferenceStore(preferencesFolder(prefsDir), log),
+      defaults(preferenceStore, log),
+      resourceStore(resourceDir),
+      bundle(resourceStore, &defaults, log),
       device(Device::detect()) {}
 
 Services DesktopServices::services() {

@@ -5,6 +5,8 @@
 #include "kit/backends/desktop/curl_http_client.h"
 #include "kit/backends/desktop/curl_http_fetcher.h"
 #include "kit/backends/desktop/desktop_url_opener.h"
+#include "kit/backends/files/file_preference_store.h"
+#include "kit/backends/files/file_resource_store.h"
 #include "kit/foundation/services.h"
 
 namespace kit {
@@ -27,7 +29,9 @@ class DesktopServices {
   StderrLog log;
   RunLoop runLoop;
   NotificationCenter notifications;
+  FilePreferenceStore preferenceStore;
   UserDefaults defaults;
+  FileResourceStore resourceStore;
   Bundle bundle;
   CurlHttpClient http;
   CurlHttpFetcher fetcher{runLoop};

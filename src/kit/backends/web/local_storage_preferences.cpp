@@ -26,6 +26,17 @@ EM_JS(char*, tl_prefs_save, (const char* item, const char* text, int length), {
     return allocateUTF8('localStorage cannot be written: ' + e.message);
   }
 });
+EM_JS(char*, tl_prefs_set_aside, (const char* item, const char* bad), {
+  try {
+    const storage = window.localStorage;
+    const text = storage.getItem(UTF8ToString(item));
+    storage.setItem(UTF8ToString(bad), text === null ? "" : text);
+    storage.removeItem(UTF8ToString(item));
+    return 0;
+  } catch (e) {
+    return allocateUTF8('localStorage cannot be written: ' + e.message);
+  }
+});
 // clang-format on
 
 namespace kit::web {
@@ -40,13 +51,37 @@ std::string takeReason(char* reason) {
   return text;
 }
 
+std::string itemText(const char* item) {
+  return std::string("localStorage[\"") + item + "\"]";
+}
+
 }  // namespace
 
-Result<std::string> LocalStoragePreferences::load() {
+PreferenceStore::Loaded LocalStoragePreferences::load(size_t maxBytes) {
+  Loaded loaded;
   const std::string reason = takeReason(tl_prefs_load(kItem));
+  if (!reason.empty()) {
+    loaded.state = Loaded::State::kUnreadable;
+    loaded.why = reason;
+    return loaded;
+  }
+  loaded.bytes = takeStash();
+  if (loaded.bytes.empty())
+    return loaded;  // no item: a first launch
+  if (loaded.bytes.size() > maxBytes) {
+    loaded.bytes.clear();
+    loaded.state = Loaded::State::kTooLarge;
+    return loaded;
+  }
+  loaded.state = Loaded::State::kFound;
+  return loaded;
+}
+
+Result<std::string> LocalStoragePreferences::setAside() {
+  const std::string reason = takeReason(tl_prefs_set_aside(kItem, kSetAsideItem));
   if (!reason.empty())
     return Error{reason};
-  return takeStash();
+  return itemText(kSetAsideItem);
 }
 
 Status LocalStoragePreferences::save(std::string_view document) {
@@ -58,7 +93,7 @@ Status LocalStoragePreferences::save(std::string_view document) {
 }
 
 std::string LocalStoragePreferences::location() const {
-  return std::string("localStorage[\"") + kItem + "\"]";
+  return itemText(kItem);
 }
 
 }  // namespace kit::web

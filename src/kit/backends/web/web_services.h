@@ -1,8 +1,8 @@
 #pragma once
 
 #include <filesystem>
-#include <string>
 
+#include "kit/backends/files/file_resource_store.h"
 #include "kit/backends/web/browser_http_fetcher.h"
 #include "kit/backends/web/browser_url_opener.h"
 #include "kit/backends/web/local_storage_preferences.h"
@@ -28,45 +28,26 @@ class NoBlockingHttp final : public HttpClient {
 };
 
 // The page's real services: the system clock, the console log (stderr),
-// preferences in the module's file system mirrored whole into localStorage
-// (restored from it before they load, written back by mirrorPreferences()
-// whenever the file changed), the preloaded resources, the browser's URL
-// opener, the device facts of a phone-shaped page and a random source. Owns
-// them all; services() lends them out and must not outlive it. Main thread
-// only.
+// preferences in localStorage, the resources the page wrote into the
+// module's file system under `resourceDir`, the browser's URL opener, the
+// device facts of a phone-shaped page and a random source. Owns them all;
+// services() lends them out and must not outlive it. Main thread only.
 class WebServices {
  public:
-  WebServices(const std::filesystem::path& prefsDir, const std::filesystem::path& resourceDir);
+  explicit WebServices(const std::filesystem::path& resourceDir);
   WebServices(const WebServices&) = delete;
   WebServices& operator=(const WebServices&) = delete;
 
   Services services();
-  // Writes the preferences file to localStorage if it changed since the
-  // last call (or the start): a stat and, at an unchanged size, a read of
-  // the small file.
-  void mirrorPreferences();
 
- private:
-  // Puts localStorage's document where the preferences will look for it.
-  struct Restored {
-    Restored(const std::filesystem::path& file, LocalStoragePreferences& storage, Log& log);
-  };
-
- public:
   // Declared in construction order: each may use those above it.
   SystemClock clock;
   StderrLog log;
-
- private:
-  std::filesystem::path prefsFile_;
-  LocalStoragePreferences storage_;
-  Restored restored_;
-  std::string mirrored_;
-
- public:
   RunLoop runLoop;
   NotificationCenter notifications;
+  LocalStoragePreferences preferenceStore;
   UserDefaults defaults;
+  FileResourceStore resourceStore;
   Bundle bundle;
   NoBlockingHttp http;
   BrowserHttpFetcher fetcher{runLoop};

@@ -1,4 +1,4 @@
-#include "kit/foundation/folder_lock.h"
+#include "kit/backends/files/folder_lock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -1,4 +1,4 @@
-#include "kit/foundation/set_aside.h"
+#include "kit/backends/files/set_aside.h"
 
 #include <fcntl.h>
 #include <stdio.h>
