@@ -237,7 +237,8 @@ int twinlanesMain(int argc, char** argv, const ProgramBackend& backend) {
   Flags flags;
   app.set_version_flag("--version", "twinlanes " TWINLANES_VERSION);
   // The profiles the layout defines, which is what --device can play.
-  const auto layout = kit::InterfaceLayout::load(findResources() / "layout" / "main.json");
+  const auto layout =
+      kit::InterfaceLayout::load(kit::FileResourceStore(findResources()), "layout/main.json");
   const std::vector<kit::DeviceProfile> profiles =
       layout ? layout->profiles() : std::vector<kit::DeviceProfile>{};
   std::vector<std::string> profileNames;

@@ -10,6 +10,7 @@
 #include <sstream>
 #include <string>
 
+#include "kit/backends/files/file_resource_store.h"
 #include "kit/foundation/temp_dir.h"
 #include "kit/render/interface_layout.h"
 
@@ -63,7 +64,7 @@ TEST_F(TwinlanesCommand, ABadScriptLineFailsWithItsLineNumberAndStatus2) {
 
 TEST_F(TwinlanesCommand, TheDeviceHelpListsTheLayoutsProfilesWithTheirSizes) {
   const auto layout =
-      kit::InterfaceLayout::load(std::filesystem::path(TWINLANES_RESOURCES) / "layout/main.json");
+      kit::InterfaceLayout::load(kit::FileResourceStore(TWINLANES_RESOURCES), "layout/main.json");
   ASSERT_TRUE(layout) << layout.error();
   const std::string help = run("--help").out;
   const size_t at = help.find("--device");

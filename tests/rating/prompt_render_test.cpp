@@ -33,8 +33,8 @@ class PromptRenderTest : public RatingTest {
     ASSERT_TRUE(window) << error;
     kit::SdlImageCodec codec;
     kit::Renderer renderer(
-        *window, codec, platform().bundle.resources(), [](std::string_view) { return std::nullopt; },
-        platform().log);
+        *window, codec, platform().bundle.resources(),
+        [](std::string_view) { return std::nullopt; }, platform().log);
     renderer.drawFrame(*launch().window, window->viewport(), platform().clock.monotonicNanos());
     auto read = window->readPixels(width, height);
     ASSERT_TRUE(read) << read.error();
