@@ -162,7 +162,7 @@ void BM_PlayFrameOnRenderer(benchmark::State& state) {
     return state.SkipWithError(why.c_str());
   }
   kit::RenderWindow* window =
-      game.static_cast<kit::RenderWindow*>(app->application().platformWindow());
+      static_cast<kit::RenderWindow*>(game.app->application().platformWindow());
   const std::string name = window->rendererName();
   if (renderer == kit::RendererChoice::Accelerated && name == "software")
     return state.SkipWithError("no accelerated renderer here");

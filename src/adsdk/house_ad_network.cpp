@@ -13,6 +13,7 @@
 
 #include "adsdk/creative_source.h"
 #include "kit/foundation/assert.h"
+#include "kit/foundation/graphics.h"
 #include "kit/ui/svg_image.h"
 
 bool isAdUnitID(const std::string& id) {
@@ -101,7 +102,12 @@ struct HouseAdNetwork::Worker {
         state->jobs.push_back(std::move(job));
         try {
           if (!thread.joinable())
-            thread = std::thread([s = state] { run(*s); });
+            thread = std::thread([s = state, graphics = kit::Graphics::pinCurrent()] {
+              // Drawing goes on with these graphics if the application that
+              // installed them ends while a picture is drawn.
+              kit::Graphics::ThreadUse use(graphics);
+              run(*s);
+            });
           state->wake.notify_one();
           return;
         } catch (const std::system_error&) {

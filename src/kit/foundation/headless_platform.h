@@ -13,7 +13,8 @@ namespace kit {
 // preferences in a given folder, the bundle of a given resources folder, a
 // recording URL opener, default device facts and a random source seeded
 // with 1. The HTTP client and fetcher are the backend's
-// (makeHeadlessHttpClient, makeHeadlessHttpFetcher).
+// (makeHeadlessHttpClient, makeHeadlessHttpFetcher), and so are the graphics
+// (makeBackendGraphics).
 // Owns every service; services() lends them out and must not outlive it.
 class HeadlessPlatform {
  public:
@@ -38,6 +39,7 @@ class HeadlessPlatform {
   RecordingUrlOpener urlOpener;
   Device device;
   RandomSource random;
+  std::shared_ptr<Graphics> graphics;
 };
 
 // The backend's HTTP client for headless runs (defined by each backend): the

@@ -49,7 +49,7 @@ WebServices::WebServices(const std::filesystem::path& prefsDir,
 
 Services WebServices::services() {
   return {clock, runLoop, notifications, defaults, bundle, log,
-          http,  fetcher, urlOpener,     device,   random};
+          http,  fetcher, urlOpener,     device,   random, *graphics};
 }
 
 void WebServices::mirrorPreferences() {
