@@ -74,16 +74,19 @@ struct HouseAdNetwork::Shared {
 // own (the thread owns what it uses), so stopping never waits for a download.
 struct HouseAdNetwork::Worker {
   struct State {
-    explicit State(std::unique_ptr<CreativeSource> s) : source(std::move(s)) {}
+    State(std::unique_ptr<CreativeSource> s, std::shared_ptr<kit::Graphics> g)
+        : source(std::move(s)), graphics(std::move(g)) {}
     std::unique_ptr<CreativeSource> source;  // used on the worker thread only
+    // What pictures are drawn with, kept alive while a load may be in flight.
+    std::shared_ptr<kit::Graphics> graphics;
     std::mutex mutex;
     std::condition_variable wake;
     std::deque<std::function<void(CreativeSource&)>> jobs;
     bool stop = false;
   };
 
-  explicit Worker(std::unique_ptr<CreativeSource> s)
-      : state(std::make_shared<State>(std::move(s))) {}
+  Worker(std::unique_ptr<CreativeSource> s, std::shared_ptr<kit::Graphics> graphics)
+      : state(std::make_shared<State>(std::move(s), std::move(graphics))) {}
   ~Worker() {
     {
       std::lock_guard<std::mutex> lock(state->mutex);
@@ -102,12 +105,7 @@ struct HouseAdNetwork::Worker {
         state->jobs.push_back(std::move(job));
         try {
           if (!thread.joinable())
-            thread = std::thread([s = state, graphics = kit::Graphics::pinCurrent()] {
-              // Drawing goes on with these graphics if the application that
-              // installed them ends while a picture is drawn.
-              kit::Graphics::ThreadUse use(graphics);
-              run(*s);
-            });
+            thread = std::thread([s = state] { run(*s); });
           state->wake.notify_one();
           return;
         } catch (const std::system_error&) {
@@ -120,10 +118,12 @@ struct HouseAdNetwork::Worker {
         }
       }
     }
+    kit::Graphics::ThreadUse use(state->graphics);
     job(*state->source);
   }
 
   static void run(State& s) {
+    kit::Graphics::ThreadUse use(s.graphics);
     for (;;) {
       std::function<void(CreativeSource&)> job;
       {
@@ -163,7 +163,7 @@ HouseAdNetwork::HouseAdNetwork(const kit::Services& services, Options options)
     server_ = served.get();
     source = std::move(served);
   }
-  worker_ = std::make_unique<Worker>(std::move(source));
+  worker_ = std::make_unique<Worker>(std::move(source), services_.graphics.weak_from_this().lock());
 }
 
 HouseAdNetwork::~HouseAdNetwork() {

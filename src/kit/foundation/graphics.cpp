@@ -41,11 +41,6 @@ Graphics* Graphics::installed() {
   return gInstalled.load(std::memory_order_acquire);
 }
 
-std::shared_ptr<Graphics> Graphics::pinCurrent() {
-  Graphics* graphics = installed();
-  return graphics ? graphics->weak_from_this().lock() : nullptr;
-}
-
 Graphics::ThreadUse::ThreadUse(std::shared_ptr<Graphics> graphics)
     : graphics_(std::move(graphics)), before_(tThreadGraphics) {
   if (graphics_)

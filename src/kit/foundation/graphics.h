@@ -14,8 +14,9 @@ namespace kit {
 // binaries install the backend's own for their whole run (tests/support).
 //
 // Installing is main-thread work; current() may be read from any thread. A
-// worker that may outlive the installation (a detached one) pins the
-// graphics it was started with for its own thread (ThreadUse).
+// worker that may run before or after the installation (the ad network's,
+// which is detached on quitting) uses the services' graphics on its own
+// thread instead (ThreadUse), keeping them alive.
 class Graphics : public std::enable_shared_from_this<Graphics> {
  public:
   Graphics(std::unique_ptr<TextSystem> text, std::unique_ptr<ImageSystem> images);
@@ -49,9 +50,6 @@ class Graphics : public std::enable_shared_from_this<Graphics> {
     std::shared_ptr<Graphics> graphics_;
     Graphics* before_;
   };
-  // The installed graphics as a shared owner, for a worker to pin; nullptr
-  // when none is installed.
-  static std::shared_ptr<Graphics> pinCurrent();
 
  private:
   std::unique_ptr<TextSystem> text_;
