@@ -24,11 +24,11 @@ struct Bitmap {
     Bitmap out;
     if (width <= 0 || height <= 0)
       return out;
-    try {
-      out.pixels = std::make_unique_for_overwrite<uint32_t[]>(pixelCount(width, height));
-    } catch (const std::bad_alloc&) {
+    // Handed straight to its owner: the browser build's library has no
+    // make_unique_for_overwrite, and make_unique would clear the pixels.
+    out.pixels.reset(new (std::nothrow) uint32_t[pixelCount(width, height)]);
+    if (!out.pixels)
       return out;
-    }
     out.width = width;
     out.height = height;
     return out;
