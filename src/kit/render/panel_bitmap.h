@@ -6,8 +6,9 @@
 
 namespace kit {
 
-// Rasterises `style` at `scale` pixels per point, antialiased (defined by the
-// backend). An empty or absurd size gives an empty bitmap.
+// Rasterises `style` at `scale` pixels per point, antialiased, with the
+// installed graphics (kit/foundation/graphics.h). An empty or absurd size
+// gives an empty bitmap.
 PanelBitmap rasterizePanel(const PanelStyle& style, double scale);
 
 // A spinner of `spokes` rounded spokes in a square of `side` points, the
