@@ -136,13 +136,19 @@ double toPoints(int pangoUnits) {
 
 }  // namespace
 
-PangoTextSystem::PangoTextSystem()
-    : measuring_(pango_font_map_create_context(pango_cairo_font_map_get_default())) {
-  configure(measuring_);
-}
+PangoTextSystem::PangoTextSystem() = default;
 
 PangoTextSystem::~PangoTextSystem() {
-  g_object_unref(measuring_);
+  if (measuring_)
+    g_object_unref(measuring_);
+}
+
+PangoContext* PangoTextSystem::measuring() {
+  if (!measuring_) {
+    measuring_ = pango_font_map_create_context(pango_cairo_font_map_get_default());
+    configure(measuring_);
+  }
+  return measuring_;
 }
 
 TextMetrics PangoTextSystem::layout(const TextBlock& block) {
@@ -150,7 +156,7 @@ TextMetrics PangoTextSystem::layout(const TextBlock& block) {
   const Size box = block.box;
   if (block.text.empty() || !(box.width > 0) || !(box.height > 0))
     return metrics;
-  PangoContext* context = measuring_;
+  PangoContext* context = measuring();
   LayoutPtr layout = makeLayout(context, block, 0);
   const double maxHeight =
       box.height < kLargestBox ? box.height * PANGO_SCALE : static_cast<double>(INT32_MAX);
@@ -177,7 +183,7 @@ double PangoTextSystem::firstBaseline(const TextBlock& block) {
   if (block.text.empty())
     return 0;
   // The font alone decides it: no box, no wrapping.
-  LayoutPtr layout = makeLayout(measuring_, TextBlock{block.text, block.font}, 0);
+  LayoutPtr layout = makeLayout(measuring(), TextBlock{block.text, block.font}, 0);
   return static_cast<double>(pango_layout_get_baseline(layout.get())) / PANGO_SCALE;
 }
 

@@ -9,8 +9,9 @@ namespace kit {
 
 // The desktop's text: Pango over fontconfig, drawn with Cairo. Holds the
 // Pango context every measurement uses (unhinted metrics, unrounded glyph
-// positions); main thread only. The first layout loads fontconfig (about
-// 10 ms) unless warmUp() did.
+// positions), made by the first of them: that loads fontconfig (about 10 ms,
+// and Pango's loader threads) unless warmUp() did, so a program that shows
+// no text pays nothing. Main thread only.
 class PangoTextSystem final : public TextSystem {
  public:
   PangoTextSystem();
@@ -25,7 +26,9 @@ class PangoTextSystem final : public TextSystem {
   void warmUp() override;
 
  private:
-  PangoContext* measuring_;  // owned
+  PangoContext* measuring();
+
+  PangoContext* measuring_ = nullptr;  // owned
 };
 
 }  // namespace kit
