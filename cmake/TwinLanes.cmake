@@ -14,11 +14,12 @@ set(TWINLANES_TEST_ENV
 
 # twinlanes_test(NAME <target> LABEL unit|scenario|e2e SOURCES ... LIBS ...)
 # Builds a GoogleTest executable and registers each case with CTest under the
-# label, with the environment every headless test needs.
+# label, with the environment every headless test needs. Its main
+# (tests/support/test_main.cpp) installs the backend's graphics for the run.
 function(twinlanes_test)
   cmake_parse_arguments(T "" "NAME;LABEL" "SOURCES;LIBS" ${ARGN})
   add_executable(${T_NAME} ${T_SOURCES})
-  target_link_libraries(${T_NAME} PRIVATE ${T_LIBS} GTest::gtest GTest::gmock GTest::gtest_main)
+  target_link_libraries(${T_NAME} PRIVATE ${T_LIBS} GTest::gtest GTest::gmock twinlanes_test_main)
   target_compile_definitions(${T_NAME} PRIVATE
     TWINLANES_RESOURCES="${TWINLANES_RESOURCES}"
     TWINLANES_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")

@@ -12,6 +12,7 @@
 #include <ctime>
 #include <string>
 
+#include "kit/foundation/graphics.h"
 #include "kit/ui/image.h"
 #include "kit/ui/screen.h"
 #include "ui/image_tint.h"
@@ -76,6 +77,8 @@ void bareTint(cairo_surface_t* target, cairo_surface_t* sprite, int side, bool o
 void tintAgainstBareCairo(benchmark::State& state, bool overlay) {
   int side = static_cast<int>(state.range(0));
   kit::Screen::main().setScale(kScale);
+  const std::shared_ptr<kit::Graphics> graphics = kit::makeBackendGraphics();
+  kit::Graphics::setCurrent(graphics.get());
   cairo_surface_t* sprite = makeSprite(side);
   cairo_surface_t* target = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, side, side);
   kit::Image image = toImage(sprite);

@@ -13,6 +13,7 @@
 
 #include "adsdk/creative_source.h"
 #include "kit/foundation/assert.h"
+#include "kit/foundation/graphics.h"
 #include "kit/ui/svg_image.h"
 
 bool isAdUnitID(const std::string& id) {
@@ -72,13 +73,17 @@ struct HouseAdNetwork::Shared {
 // own (the job owns what it uses), so stopping never waits for it.
 struct HouseAdNetwork::Worker {
   struct State {
+    explicit State(std::shared_ptr<kit::Graphics> g) : graphics(std::move(g)) {}
+    // What pictures are drawn with, kept alive while a load may be in flight.
+    std::shared_ptr<kit::Graphics> graphics;
     std::mutex mutex;
     std::condition_variable wake;
     std::deque<std::function<void()>> jobs;
     bool stop = false;
   };
 
-  explicit Worker(bool inPlace) : inPlace(inPlace) {}
+  Worker(bool inPlace, std::shared_ptr<kit::Graphics> graphics)
+      : state(std::make_shared<State>(std::move(graphics))), inPlace(inPlace) {}
   ~Worker() {
     {
       std::lock_guard<std::mutex> lock(state->mutex);
@@ -110,10 +115,12 @@ struct HouseAdNetwork::Worker {
         }
       }
     }
+    kit::Graphics::ThreadUse use(state->graphics);
     job();
   }
 
   static void run(State& s) {
+    kit::Graphics::ThreadUse use(s.graphics);
     for (;;) {
       std::function<void()> job;
       {
@@ -130,7 +137,7 @@ struct HouseAdNetwork::Worker {
     }
   }
 
-  std::shared_ptr<State> state = std::make_shared<State>();
+  std::shared_ptr<State> state;
   std::thread thread;
   bool inPlace;
 };
@@ -149,7 +156,8 @@ HouseAdNetwork::HouseAdNetwork(const kit::Services& services, Options options)
   } else {
     server_.emplace(options_.serverURL, options_.serverTimeoutMs);
   }
-  worker_ = std::make_unique<Worker>(options_.deterministic);
+  worker_ = std::make_unique<Worker>(options_.deterministic,
+                                     services_.graphics.weak_from_this().lock());
 }
 
 HouseAdNetwork::~HouseAdNetwork() {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "kit/foundation/color.h"
-#include "kit/ui/blend_mode.h"
+#include "kit/platform/blend_mode.h"
 #include "kit/ui/image.h"
 
 // Tinted copies of an image: a new image of the same size in points at the

@@ -78,6 +78,18 @@ TEST_F(HouseAdNetworkTest, AnswersOnTheRunLoopAfterHalfASecondGoingRoundTheAdsOr
   EXPECT_THAT(failure(), StartsWith("1 "));  // no fill
 }
 
+TEST_F(HouseAdNetworkTest, PicturesAreDrawnWithTheServicesGraphicsBeforeAnyAreInstalled) {
+  // The program asks for its first ads before its application installs the
+  // graphics, and a picture may still be drawn after it has gone.
+  kit::Graphics* installed = kit::Graphics::setCurrent(nullptr);
+  auto answer = ask(AdFormat::Banner, {320, 50});
+  advance(0.6);
+  kit::Graphics::setCurrent(installed);
+  ASSERT_TRUE(*answer && (*answer)->creative);
+  ASSERT_TRUE((*answer)->creative->image);
+  EXPECT_GT((*answer)->creative->image->pixelWidth(), 0);
+}
+
 TEST_F(HouseAdNetworkTest, BrokenBundledAdsFailWithAReason) {
   const std::string entry =
       R"({"name": "n", "url": "https://x.example/", "images": [{"file": "n.svg", "width": 320, "height": 50}]})";

@@ -13,11 +13,12 @@ HeadlessPlatform::HeadlessPlatform(const std::filesystem::path& prefsFolder,
       httpClient(makeHeadlessHttpClient()),
       http(*httpClient),
       httpFetcher(makeHeadlessHttpFetcher(runLoop)),
-      fetcher(*httpFetcher) {}
+      fetcher(*httpFetcher),
+      graphics(makeBackendGraphics()) {}
 
 Services HeadlessPlatform::services() {
   return Services{clock, runLoop, notifications, defaults, bundle, log,
-                  http,  fetcher, urlOpener,     device,   random};
+                  http,  fetcher, urlOpener,     device,   random, *graphics};
 }
 
 }  // namespace kit

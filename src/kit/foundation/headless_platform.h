@@ -15,7 +15,8 @@ namespace kit {
 // preferences in a given folder, the bundle of a given resources folder, a
 // recording URL opener, default device facts and a random source seeded
 // with 1. The stores of the preferences and resources, the HTTP client and
-// the fetcher are the backend's (makeHeadless...).
+// the fetcher are the backend's (makeHeadless...), and so are the graphics
+// (makeBackendGraphics).
 // Owns every service; services() lends them out and must not outlive it.
 class HeadlessPlatform {
  public:
@@ -42,6 +43,7 @@ class HeadlessPlatform {
   RecordingUrlOpener urlOpener;
   Device device;
   RandomSource random;
+  std::shared_ptr<Graphics> graphics;
 };
 
 // The backend's preferences in `folder` and resources below `folder` for

@@ -3,6 +3,7 @@
 #include "kit/foundation/bundle.h"
 #include "kit/foundation/clock.h"
 #include "kit/foundation/device.h"
+#include "kit/foundation/graphics.h"
 #include "kit/foundation/http.h"
 #include "kit/foundation/log.h"
 #include "kit/foundation/notification_center.h"
@@ -28,6 +29,7 @@ struct Services {
   UrlOpener& urlOpener;
   Device& device;
   RandomSource& random;
+  Graphics& graphics;  // text and images; installed as current() by the application
 };
 
 }  // namespace kit

@@ -18,7 +18,9 @@ struct PixelBuffer {
 
 // Decoding and rasterising the application's image files as a backend does
 // it (the desktop's SDL_image, the browser's image elements drawn to a
-// canvas). Owned by the backend, borrowed by the renderer. Main thread only.
+// canvas). Owned by the backend, borrowed by the renderer. Main thread only,
+// unless the implementation says otherwise (the image systems, which are
+// codecs too, are thread-safe).
 class ImageCodec {
  public:
   virtual ~ImageCodec() = default;

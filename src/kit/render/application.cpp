@@ -65,6 +65,7 @@ Application::Application(ApplicationOptions options, std::shared_ptr<Application
       services_(services),
       windows_(windows) {
   Screen::setMain(&screen_);
+  graphicsBefore_ = Graphics::setCurrent(&services_.graphics);
   frameDriver_ = std::make_unique<FrameDriver>(services_.runLoop);
   animator_ = std::make_unique<Animator>(services_.clock);
   Animator::setCurrent(animator_.get());
@@ -79,6 +80,7 @@ Application::~Application() {
   instance_.reset();
   renderer_.reset();
   platformWindow_.reset();
+  Graphics::setCurrent(graphicsBefore_);
 }
 
 void Application::registerViewControllerClass(std::string name,

@@ -70,7 +70,9 @@ struct ApplicationOptions {
 // window's events (touches, keys, pad buttons) become touches routed through
 // the view tree, lifecycle events reach the delegate, and every frame is
 // drawn into the window. Headless (no window), it runs the same objects and
-// draws nothing. Main thread only.
+// draws nothing. While it lives, the services' graphics are installed as
+// Graphics::current() (the one installed before comes back after). Main
+// thread only.
 //
 // With TWINLANES_STARTUP_TRACE set in the environment, the first presented
 // frame is logged with its steady-clock time (for startup measurements).
@@ -182,6 +184,7 @@ class Application {
   Screen screen_;  // the main screen while the application lives
   Services services_;
   WindowSystem* windows_;
+  Graphics* graphicsBefore_ = nullptr;  // installed again when the application ends
   std::unique_ptr<FrameDriver> frameDriver_;
   std::unique_ptr<Animator> animator_;
   InterfaceLayout::ControllerClasses classes_;

@@ -7,13 +7,17 @@
 #include <string_view>
 
 #include "kit/foundation/geometry.h"
+#include "kit/platform/bitmap.h"
+#include "kit/platform/image_codec.h"
 
 namespace kit {
 
 // An immutable bitmap with a size in points and a scale: it holds
-// ceil(points × scale) pixels each way, 32-bit premultiplied. Copies share the
-// pixels and cost a reference count; an image is never changed once made, so
-// sharing is safe. New pixels come from ImageContext or from PNG data.
+// ceil(points × scale) pixels each way, 32-bit premultiplied (kit::Bitmap) in
+// memory. Copies share the pixels and cost a reference count; an image is
+// never changed once made, so sharing is safe. New pixels come from
+// ImageContext, PNG data or straight RGBA pixels; decoding and encoding go
+// through the installed graphics (kit/foundation/graphics.h).
 class Image {
  public:
   // One pixel as straight (not premultiplied) 8-bit RGBA.
@@ -41,6 +45,12 @@ class Image {
   [[nodiscard]] static std::optional<Image> fromPngData(std::string_view data, double scale = 1,
                                                         std::string* error = nullptr);
 
+  // Straight RGBA pixels (a decoder's or a rasteriser's), premultiplied into
+  // an image of their pixel size divided by scale (a scale that is not
+  // positive counts as 1). A buffer whose bytes do not match its size gives
+  // an image without pixels.
+  static Image fromPixels(const PixelBuffer& pixels, double scale = 1);
+
   // Writes the pixels as a PNG file (the scale is not recorded). False, with
   // the reason in error when given, if the file cannot be written.
   [[nodiscard]] bool savePng(const std::string& path, std::string* error = nullptr) const;
@@ -54,18 +64,17 @@ class Image {
   // outside the image.
   Pixel pixelAt(int x, int y) const;
 
+  // The premultiplied pixels themselves, for code that draws with them.
+  const Bitmap& bitmap() const { return *pixels_; }
+
  private:
   friend class ImageContext;
-  struct Impl;
 
-  // For ImageContext, which draws with the image's native surface without
-  // this header naming the drawing library's types: surface() lends it,
-  // adopt() takes over one reference to a new one.
-  void* surface() const;
-  static Image adopt(void* surface, Size size, double scale);
+  Image(std::shared_ptr<const Bitmap> pixels, Size size, double scale);
 
-  explicit Image(std::shared_ptr<const Impl> impl);
-  std::shared_ptr<const Impl> impl_;
+  std::shared_ptr<const Bitmap> pixels_;
+  Size size_;
+  double scale_ = 1;
 };
 
 }  // namespace kit

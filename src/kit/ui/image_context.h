@@ -4,7 +4,7 @@
 
 #include "kit/foundation/color.h"
 #include "kit/foundation/geometry.h"
-#include "kit/ui/blend_mode.h"
+#include "kit/platform/blend_mode.h"
 #include "kit/ui/image.h"
 
 namespace kit {

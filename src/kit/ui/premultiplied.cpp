@@ -6,6 +6,12 @@
 
 namespace kit {
 
+uint32_t premultipliedArgb(uint8_t red, uint8_t green, uint8_t blue, uint8_t alpha) {
+  const uint32_t a = alpha;
+  return a << 24 | (red * a + 127) / 255 << 16 | (green * a + 127) / 255 << 8 |
+         (blue * a + 127) / 255;
+}
+
 uint8_t unpremultiplied(uint32_t channel, uint32_t alpha) {
   return static_cast<uint8_t>(std::min<uint32_t>(255, (channel * 255 + alpha / 2) / alpha));
 }

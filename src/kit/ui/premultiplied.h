@@ -4,8 +4,12 @@
 
 namespace kit {
 
-// Pixel arithmetic for backends whose drawing library keeps premultiplied
-// pixels, while the kit hands textures and pixel reads straight RGBA.
+// Pixel arithmetic between the premultiplied pixels images keep and the
+// straight RGBA that textures, pixel reads and decoders use.
+
+// One straight RGBA pixel as a premultiplied ARGB32 word, each channel
+// rounded to nearest.
+uint32_t premultipliedArgb(uint8_t red, uint8_t green, uint8_t blue, uint8_t alpha);
 
 // One premultiplied 8-bit channel under `alpha` (1 to 255) made straight,
 // rounded to nearest.

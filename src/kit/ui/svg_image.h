@@ -18,8 +18,8 @@ inline constexpr int kMaxSvgPixelSide = 4096;
 // pixels per point. The drawing keeps its aspect ratio, so one side of the
 // result may be shorter than asked. Plain SVG only: shapes, paths, strokes
 // and gradients (no text, no filters). Thread-safe: images may be made on a
-// worker. On failure returns nothing and, when error is given, a one-line
-// reason.
+// worker (one that draws with graphics of its own: Graphics::ThreadUse). On
+// failure returns nothing and, when error is given, a one-line reason.
 [[nodiscard]] std::optional<Image> rasterizeSvg(std::string_view svg, Size size, double scale,
                                                 std::string* error = nullptr);
 

@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 
+#include "kit/foundation/graphics.h"
 #include "kit/foundation/strings.h"
 #include "kit/ui/screen.h"
 #include "ui/image_tint.h"
@@ -102,6 +103,8 @@ int run(int argc, char** argv) {
   }
 
   kit::Screen::main().setScale(scale);
+  const std::shared_ptr<kit::Graphics> graphics = kit::makeBackendGraphics();
+  kit::Graphics::setCurrent(graphics.get());
   std::string error;
   auto image = kit::Image::loadPng(input, scale, &error);
   if (!image)

@@ -250,9 +250,10 @@ TEST_F(ApplicationTest, AnAlertTakesTheKeysAndTheTapsBeforeTheGame) {
   EXPECT_TRUE(sceneEvents().empty());
 }
 
-TEST(ApplicationScreen, IsTheMainScreenOnlyWhileTheApplicationLives) {
+TEST(ApplicationScreen, MainScreenAndGraphicsAreTheApplicationsOnlyWhileItLives) {
   TempDir prefs{"twinlanes-app-test"};
   HeadlessPlatform platform{prefs.path(), TWINLANES_RESOURCES};
+  Graphics* before = Graphics::installed();
   ApplicationOptions options;
   options.window = false;
   options.profile = "pad";
@@ -263,7 +264,9 @@ TEST(ApplicationScreen, IsTheMainScreenOnlyWhileTheApplicationLives) {
     Status launched = app.launch();
     ASSERT_TRUE(launched) << launched.error();
     EXPECT_NE(Screen::main().bounds().width, Screen::kDefaultBounds.width);
+    EXPECT_EQ(&Graphics::current(), platform.graphics.get());
   }
+  EXPECT_EQ(Graphics::installed(), before);
   EXPECT_EQ(Screen::main().bounds().width, Screen::kDefaultBounds.width);
   EXPECT_EQ(Screen::main().scale(), Screen::kDefaultScale);
 }

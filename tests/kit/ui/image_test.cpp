@@ -183,6 +183,21 @@ TEST_F(ImageTest, PngRoundTripKeepsPixelsAndTakesTheScaleGivenOnLoad) {
   EXPECT_EQ(opaque->pixelAt(1, 0), (Pixel{0, 0, 255, 255}));
 }
 
+TEST_F(ImageTest, StraightPixelsComeInPremultipliedAndCopiesShareThem) {
+  PixelBuffer straight{2, 1, {255, 128, 0, 255, 200, 100, 50, 51}};
+  Image image = Image::fromPixels(straight, 2);
+  EXPECT_EQ(image.size(), (Size{1, 0.5}));
+  EXPECT_EQ(image.pixelAt(0, 0), (Pixel{255, 128, 0, 255}));
+  expectPremultiplied(image.pixelAt(1, 0), 40, 20, 10, 51);
+  EXPECT_EQ(image.bitmap().pixels[1], 0x3328140au) << "premultiplied ARGB in memory";
+  Image copy = image;
+  EXPECT_EQ(copy.bitmap().pixels.get(), image.bitmap().pixels.get());
+
+  PixelBuffer shortOfBytes{2, 2, std::vector<uint8_t>(12)};
+  EXPECT_EQ(Image::fromPixels(shortOfBytes).pixelWidth(), 0);
+  EXPECT_EQ(Image::fromPixels(PixelBuffer{}).pixelHeight(), 0);
+}
+
 TEST_F(ImageTest, BadPngInputAndFailedSavesAreRefusedWithAReason) {
   std::string huge(kOpaqueRgbPng);
   huge[16] = 0x7f;  // a width of about two billion in the header

@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <optional>
 
+#include "kit/backends/desktop/cairo_image_system.h"
+#include "kit/foundation/graphics.h"
 #include "kit/ui/label.h"
 
 namespace kit {
@@ -132,6 +135,43 @@ TEST(LabelSizing, SizeThatFitsFollowsLinesAndTreatsZeroAsUnbounded) {
   EXPECT_LE(wrapped.width, 200);
   EXPECT_GT(wrapped.height, 3 * oneLine.height);
   EXPECT_EQ(wrapped, sizeWithFont(kLongMessage, kMessageFont, {200, 1e9}));
+}
+
+// Deterministic metrics for code that only needs sizes: 10 points a
+// character on one line 20 high.
+class FixedTextSystem final : public TextSystem {
+ public:
+  TextMetrics layout(const TextBlock& block) override {
+    ++layouts;
+    return {{10.0 * static_cast<double>(block.text.size()), 20}, 1, 0};
+  }
+  TextBitmap render(const TextBlock&, const TextMetrics& metrics, Size, double, Color) override {
+    rendered = metrics;
+    return {};
+  }
+  double firstBaseline(const TextBlock&) override { return 15; }
+
+  int layouts = 0;
+  std::optional<TextMetrics> rendered;
+};
+
+TEST(TextSystemSeam, TextIsMeasuredAndDrawnByTheInstalledSystemAlone) {
+  auto owned = std::make_unique<FixedTextSystem>();
+  FixedTextSystem& fixed = *owned;
+  Graphics graphics(std::move(owned), std::make_unique<CairoImageSystem>());
+  Graphics* before = Graphics::setCurrent(&graphics);
+
+  EXPECT_EQ(sizeWithFont("abc", kMessageFont, {100, 100}), (Size{30, 20}));
+  // Nothing to lay out never reaches the system.
+  EXPECT_EQ(sizeWithFont("", kMessageFont, {100, 100}), Size{});
+  EXPECT_EQ(sizeWithFont("abc", kMessageFont, {0, 100}), Size{});
+  EXPECT_EQ(fixed.layouts, 1);
+
+  const TextLayout layout(TextBlock{"ab", kMessageFont});
+  layout.render({}, 2, Color::black());
+  EXPECT_EQ(fixed.rendered, (TextMetrics{{20, 20}, 1, 0}));
+
+  Graphics::setCurrent(before);
 }
 
 }  // namespace

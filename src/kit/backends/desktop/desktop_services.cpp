@@ -24,7 +24,7 @@ DesktopServices::DesktopServices(const std::filesystem::path& prefsDir,
 
 Services DesktopServices::services() {
   return {clock, runLoop, notifications, defaults, bundle, log,
-          http,  fetcher, urlOpener,     device,   random};
+          http,  fetcher, urlOpener,     device,   random, *graphics};
 }
 
 }  // namespace kit

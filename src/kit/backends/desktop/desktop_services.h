@@ -13,9 +13,10 @@ namespace kit {
 
 // The desktop's real services: the system clock, a stderr log, preferences
 // in `prefsDir` (or the per-user data folder when empty), the bundle of
-// `resourceDir`, curl, the desktop's URL opener, this machine's device facts
-// and a random source. Owns them all; services() lends them out and must not
-// outlive it. Made and used on the main thread.
+// `resourceDir`, curl, the desktop's URL opener, this machine's device
+// facts, a random source, and Pango and Cairo for text and images. Owns them
+// all; services() lends them out and must not outlive it. Made and used on
+// the main thread.
 class DesktopServices {
  public:
   DesktopServices(const std::filesystem::path& prefsDir, const std::filesystem::path& resourceDir);
@@ -38,6 +39,7 @@ class DesktopServices {
   DesktopUrlOpener urlOpener;
   Device device;
   RandomSource random;
+  std::shared_ptr<Graphics> graphics = makeBackendGraphics();
 };
 
 }  // namespace kit

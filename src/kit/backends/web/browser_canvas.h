@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "kit/ui/blend_mode.h"
+#include "kit/platform/blend_mode.h"
 
 namespace kit::web {
 

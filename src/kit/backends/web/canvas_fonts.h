@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "kit/ui/font.h"
+#include "kit/foundation/font.h"
 #include "kit/ui/text_layout.h"
 
 namespace kit::web {

@@ -18,7 +18,7 @@ WebServices::WebServices(const std::filesystem::path& resourceDir)
 
 Services WebServices::services() {
   return {clock, runLoop, notifications, defaults, bundle, log,
-          http,  fetcher, urlOpener,     device,   random};
+          http,  fetcher, urlOpener,     device,   random, *graphics};
 }
 
 }  // namespace kit::web

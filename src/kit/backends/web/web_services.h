@@ -54,6 +54,7 @@ class WebServices {
   BrowserUrlOpener urlOpener;
   Device device;
   RandomSource random;
+  std::shared_ptr<Graphics> graphics = makeBackendGraphics();
 };
 
 }  // namespace kit::web

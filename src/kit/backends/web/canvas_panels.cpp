@@ -1,4 +1,4 @@
-// kit::rasterizePanel and rasterizeSpinner for the browser build: a canvas
+// WebImageSystem's panels and spinners: a canvas
 // draws the rounded rectangle (its shadow through shadowBlur) and the spokes.
 // Without a page (node) the bitmaps keep their sizes, transparent.
 #include <emscripten/emscripten.h>
@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "kit/backends/web/browser_canvas.h"
-#include "kit/render/panel_bitmap.h"
+#include "kit/backends/web/web_image_system.h"
 #include "kit/render/panel_geometry.h"
 
 // clang-format off
@@ -85,7 +85,7 @@ constexpr double kLargestSide = 8192;
 
 }  // namespace
 
-PanelBitmap rasterizePanel(const PanelStyle& style, double scale) {
+PanelBitmap WebImageSystem::rasterizePanel(const PanelStyle& style, double scale) {
   const std::optional<PanelGeometry> g = panelGeometry(style, scale, kLargestSide);
   if (!g)
     return {};
@@ -100,7 +100,7 @@ PanelBitmap rasterizePanel(const PanelStyle& style, double scale) {
   return out;
 }
 
-PanelBitmap rasterizeSpinner(double side, double scale, Color color, int spokes) {
+PanelBitmap WebImageSystem::rasterizeSpinner(double side, double scale, Color color, int spokes) {
   const std::optional<SpinnerGeometry> g =
       spinnerGeometry(side, scale, color.alpha, spokes, kLargestSide);
   if (!g)

@@ -1,4 +1,4 @@
-#include "kit/ui/text_layout.h"
+#include "kit/backends/desktop/pango_text_system.h"
 
 #include <pango/pangocairo.h>
 
@@ -32,16 +32,6 @@ void configure(PangoContext* context) {
   pango_cairo_context_set_font_options(context, options);
   cairo_font_options_destroy(options);
   pango_context_set_round_glyph_positions(context, FALSE);
-}
-
-// Shared by every measurement of the process (main thread only).
-PangoContext* measuringContext() {
-  static PangoContext* context = [] {
-    PangoContext* c = pango_font_map_create_context(pango_cairo_font_map_get_default());
-    configure(c);
-    return c;
-  }();
-  return context;
 }
 
 struct GObjectDeleter {
@@ -146,35 +136,62 @@ double toPoints(int pangoUnits) {
 
 }  // namespace
 
-TextLayout::TextLayout(TextBlock block) : block_(std::move(block)) {
-  const Size box = block_.box;
-  if (block_.text.empty() || !(box.width > 0) || !(box.height > 0))
-    return;
-  PangoContext* context = measuringContext();
-  LayoutPtr layout = makeLayout(context, block_, 0);
+PangoTextSystem::PangoTextSystem() = default;
+
+PangoTextSystem::~PangoTextSystem() {
+  if (measuring_)
+    g_object_unref(measuring_);
+}
+
+PangoContext* PangoTextSystem::measuring() {
+  if (!measuring_) {
+    measuring_ = pango_font_map_create_context(pango_cairo_font_map_get_default());
+    configure(measuring_);
+  }
+  return measuring_;
+}
+
+TextMetrics PangoTextSystem::layout(const TextBlock& block) {
+  TextMetrics metrics;
+  const Size box = block.box;
+  if (block.text.empty() || !(box.width > 0) || !(box.height > 0))
+    return metrics;
+  PangoContext* context = measuring();
+  LayoutPtr layout = makeLayout(context, block, 0);
   const double maxHeight =
       box.height < kLargestBox ? box.height * PANGO_SCALE : static_cast<double>(INT32_MAX);
   const int total = pango_layout_get_line_count(layout.get());
-  lines_ = linesThatFit(layout.get(), maxHeight, block_.numberOfLines);
-  if (lines_ == 0)
-    return;
-  if (lines_ < total && truncates(block_.lineBreakMode)) {
-    ellipsizedLines_ = lines_;
-    layout = makeLayout(context, block_, lines_);
-    lines_ = std::min(lines_, pango_layout_get_line_count(layout.get()));
+  metrics.lineCount = linesThatFit(layout.get(), maxHeight, block.numberOfLines);
+  if (metrics.lineCount == 0)
+    return metrics;
+  if (metrics.lineCount < total && truncates(block.lineBreakMode)) {
+    metrics.ellipsizedLines = metrics.lineCount;
+    layout = makeLayout(context, block, metrics.lineCount);
+    metrics.lineCount = std::min(metrics.lineCount, pango_layout_get_line_count(layout.get()));
   }
-  const auto [width, bottom] = extentsOf(layout.get(), lines_);
-  size_ = {toPoints(width), toPoints(bottom)};
+  const auto [width, bottom] = extentsOf(layout.get(), metrics.lineCount);
+  metrics.size = {toPoints(width), toPoints(bottom)};
+  return metrics;
 }
 
-void TextLayout::warmUp() {
-  TextLayout(TextBlock{"Aa \u65b0", Font::systemFontOfSize(16)});
-  TextLayout(TextBlock{"Aa \u65b0", Font::boldSystemFontOfSize(16)});
+void PangoTextSystem::warmUp() {
+  layout(TextBlock{"Aa \u65b0", Font::systemFontOfSize(16)});
+  layout(TextBlock{"Aa \u65b0", Font::boldSystemFontOfSize(16)});
 }
 
-TextBitmap TextLayout::render(Size area, double scale, Color color) const {
-  TextFrame frame = textFrame(area, scale, size_, kLargestBitmapSide);
-  if (frame.bitmap.width == 0 || lines_ == 0)
+double PangoTextSystem::firstBaseline(const TextBlock& block) {
+  if (block.text.empty())
+    return 0;
+  // The font alone decides it: no box, no wrapping.
+  LayoutPtr layout = makeLayout(measuring(), TextBlock{block.text, block.font}, 0);
+  return static_cast<double>(pango_layout_get_baseline(layout.get())) / PANGO_SCALE;
+}
+
+TextBitmap PangoTextSystem::render(const TextBlock& block, const TextMetrics& metrics, Size area,
+                                   double scale, Color color) {
+  const Size size = metrics.size;
+  TextFrame frame = textFrame(area, scale, size, kLargestBitmapSide);
+  if (frame.bitmap.width == 0 || metrics.lineCount == 0)
     return std::move(frame.bitmap);
   TextBitmap& bitmap = frame.bitmap;
 
@@ -184,16 +201,16 @@ TextBitmap TextLayout::render(Size area, double scale, Color color) const {
   cairo_scale(cr, frame.scale, frame.scale);
   PangoContext* context = pango_cairo_create_context(cr);
   configure(context);
-  LayoutPtr layout = makeLayout(context, block_, ellipsizedLines_);
+  LayoutPtr layout = makeLayout(context, block, metrics.ellipsizedLines);
 
   // An unbounded layout is as wide as its widest line: align it in the area.
-  const double x = block_.box.width >= kLargestBox
-                       ? alignedOffset(block_.alignment, frame.area.width - size_.width)
+  const double x = block.box.width >= kLargestBox
+                       ? alignedOffset(block.alignment, frame.area.width - size.width)
                        : 0;
-  const double y = blockTop(frame.area, size_);
+  const double y = blockTop(frame.area, size);
   cairo_set_source_rgba(cr, color.red, color.green, color.blue, color.alpha);
   PangoLayoutIter* it = pango_layout_get_iter(layout.get());
-  for (int i = 0; i < lines_; ++i) {
+  for (int i = 0; i < metrics.lineCount; ++i) {
     PangoLayoutLine* line = pango_layout_iter_get_line_readonly(it);
     PangoRectangle inLayout, inLine;
     pango_layout_iter_get_line_extents(it, nullptr, &inLayout);

@@ -1,11 +1,12 @@
-#include "kit/render/panel_bitmap.h"
-
+// CairoImageSystem's panels and spinners: Cairo paths, the shadow blurred
+// by three box blurs.
 #include <cairo.h>
 
 #include <algorithm>
 #include <cmath>
 #include <optional>
 
+#include "kit/backends/desktop/cairo_image_system.h"
 #include "kit/render/panel_geometry.h"
 #include "kit/ui/premultiplied.h"
 
@@ -70,7 +71,7 @@ void finish(cairo_t* cr, cairo_surface_t* surface, PanelBitmap& out) {
 
 }  // namespace
 
-PanelBitmap rasterizePanel(const PanelStyle& style, double scale) {
+PanelBitmap CairoImageSystem::rasterizePanel(const PanelStyle& style, double scale) {
   const std::optional<PanelGeometry> g = panelGeometry(style, scale, kLargestSide);
   if (!g)
     return {};
@@ -116,7 +117,7 @@ PanelBitmap rasterizePanel(const PanelStyle& style, double scale) {
   return out;
 }
 
-PanelBitmap rasterizeSpinner(double side, double scale, Color color, int spokes) {
+PanelBitmap CairoImageSystem::rasterizeSpinner(double side, double scale, Color color, int spokes) {
   const std::optional<SpinnerGeometry> g =
       spinnerGeometry(side, scale, color.alpha, spokes, kLargestSide);
   if (!g)

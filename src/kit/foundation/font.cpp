@@ -1,4 +1,4 @@
-#include "kit/ui/font.h"
+#include "kit/foundation/font.h"
 
 #include <cctype>
 

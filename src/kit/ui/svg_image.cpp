@@ -1,16 +1,13 @@
 #include "kit/ui/svg_image.h"
 
-#include <SDL.h>
-#include <SDL_image.h>
-#include <cairo.h>
-
 #include <cctype>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <vector>
+
+#include "kit/foundation/graphics.h"
 
 namespace kit {
 namespace {
@@ -18,20 +15,6 @@ namespace {
 void setError(std::string* error, std::string text) {
   if (error)
     *error = std::move(text);
-}
-
-struct SurfaceDeleter {
-  void operator()(SDL_Surface* s) const { SDL_FreeSurface(s); }
-};
-using SurfacePtr = std::unique_ptr<SDL_Surface, SurfaceDeleter>;
-
-struct CairoDeleter {
-  void operator()(cairo_surface_t* s) const { cairo_surface_destroy(s); }
-};
-
-cairo_status_t appendPng(void* closure, const unsigned char* data, unsigned int length) {
-  static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
-  return CAIRO_STATUS_SUCCESS;
 }
 
 // The value of attribute `name` in `tag`, if present.
@@ -143,59 +126,21 @@ std::optional<Image> rasterizeSvg(std::string_view svg, Size size, double scale,
     return std::nullopt;
   }
 
-  // The reader takes its own terminated copy of the bytes.
-  SDL_RWops* source = SDL_RWFromConstMem(svg.data(), static_cast<int>(svg.size()));
-  if (!source) {
-    setError(error, std::string("cannot read the SVG: ") + SDL_GetError());
-    return std::nullopt;
-  }
-  SurfacePtr drawn(IMG_LoadSizedSVG_RW(source, width, height));
-  SDL_RWclose(source);
+  Result<PixelBuffer> drawn = Graphics::current().images().rasterizeSvg(svg, width, height);
   if (!drawn) {
-    setError(error, std::string("not a usable SVG: ") + SDL_GetError());
+    setError(error, "not a usable SVG: " + drawn.error());
     return std::nullopt;
   }
-  SurfacePtr rgba(SDL_ConvertSurfaceFormat(drawn.get(), SDL_PIXELFORMAT_RGBA32, 0));
-  if (!rgba || rgba->w <= 0 || rgba->h <= 0) {
+  if (drawn->width <= 0 || drawn->height <= 0) {
     setError(error, "the SVG drew nothing");
     return std::nullopt;
   }
-
-  // Premultiplied native-endian ARGB, as the images keep their pixels; the
-  // image is then built from PNG bytes, its one way in from raw pixels.
-  std::unique_ptr<cairo_surface_t, CairoDeleter> surface(
-      cairo_image_surface_create(CAIRO_FORMAT_ARGB32, rgba->w, rgba->h));
-  if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
-    setError(error, "out of memory for the SVG's pixels");
-    return std::nullopt;
-  }
-  cairo_surface_flush(surface.get());
-  unsigned char* out = cairo_image_surface_get_data(surface.get());
-  const int stride = cairo_image_surface_get_stride(surface.get());
-  for (int y = 0; y < rgba->h; ++y) {
-    const auto* in =
-        static_cast<const uint8_t*>(rgba->pixels) + static_cast<ptrdiff_t>(y) * rgba->pitch;
-    auto* row = reinterpret_cast<uint32_t*>(out + static_cast<ptrdiff_t>(y) * stride);
-    for (int x = 0; x < rgba->w; ++x) {
-      const uint32_t a = in[4 * x + 3];
-      const uint32_t r = (in[4 * x] * a + 127) / 255;
-      const uint32_t g = (in[4 * x + 1] * a + 127) / 255;
-      const uint32_t b = (in[4 * x + 2] * a + 127) / 255;
-      row[x] = a << 24 | r << 16 | g << 8 | b;
-    }
-  }
-  cairo_surface_mark_dirty(surface.get());
-
-  std::string png;
-  if (cairo_surface_write_to_png_stream(surface.get(), appendPng, &png) != CAIRO_STATUS_SUCCESS) {
-    setError(error, "cannot encode the SVG's pixels");
-    return std::nullopt;
-  }
-  return Image::fromPngData(png, scale, error);
+  return Image::fromPixels(*drawn, scale);
 }
 
 void releaseSvgThreadState() {
-  SDL_TLSCleanup();
+  if (Graphics* graphics = Graphics::installed())
+    graphics->images().releaseThreadState();
 }
 
 }  // namespace kit

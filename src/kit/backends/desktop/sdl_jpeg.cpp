@@ -1,11 +1,12 @@
+// CairoImageSystem's JPEG encoder: SDL_image's.
 #include <SDL.h>
 #include <SDL_image.h>
 
 #include <algorithm>
 #include <cmath>
 
-#include "kit/ui/image.h"
-#include "kit/ui/mail_compose_sink.h"
+#include "kit/backends/desktop/cairo_image_system.h"
+#include "kit/ui/premultiplied.h"
 
 namespace kit {
 namespace {
@@ -18,9 +19,9 @@ size_t appendToString(SDL_RWops* rw, const void* data, size_t size, size_t count
 
 }  // namespace
 
-std::optional<std::string> jpegRepresentation(const Image& image, double quality) {
-  const int width = image.pixelWidth();
-  const int height = image.pixelHeight();
+std::optional<std::string> CairoImageSystem::encodeJpeg(const Bitmap& pixels, double quality) {
+  const int width = pixels.width;
+  const int height = pixels.height;
   if (width <= 0 || height <= 0)
     return std::nullopt;
   SDL_Surface* surface =
@@ -31,10 +32,16 @@ std::optional<std::string> jpegRepresentation(const Image& image, double quality
   for (int y = 0; y < height; ++y) {
     auto* row = static_cast<uint8_t*>(surface->pixels) + static_cast<ptrdiff_t>(y) * surface->pitch;
     for (int x = 0; x < width; ++x) {
-      const Image::Pixel p = image.pixelAt(x, y);
-      row[3 * x] = static_cast<uint8_t>(p.red * p.alpha / 255);
-      row[3 * x + 1] = static_cast<uint8_t>(p.green * p.alpha / 255);
-      row[3 * x + 2] = static_cast<uint8_t>(p.blue * p.alpha / 255);
+      const uint32_t p = pixels.pixels[static_cast<size_t>(y) * width + x];
+      const uint32_t alpha = p >> 24;
+      if (alpha == 0) {
+        row[3 * x] = row[3 * x + 1] = row[3 * x + 2] = 0;
+        continue;
+      }
+      // JPEG has no alpha: each channel weighed by it, so transparent is black.
+      row[3 * x] = static_cast<uint8_t>(unpremultiplied(p >> 16 & 0xff, alpha) * alpha / 255);
+      row[3 * x + 1] = static_cast<uint8_t>(unpremultiplied(p >> 8 & 0xff, alpha) * alpha / 255);
+      row[3 * x + 2] = static_cast<uint8_t>(unpremultiplied(p & 0xff, alpha) * alpha / 255);
     }
   }
   std::string bytes;
@@ -46,8 +53,7 @@ std::optional<std::string> jpegRepresentation(const Image& image, double quality
   sink->type = SDL_RWOPS_UNKNOWN;
   sink->write = appendToString;
   sink->hidden.unknown.data1 = &bytes;
-  const double q = std::isfinite(quality) ? std::clamp(quality, 0.0, 1.0) : 1.0;
-  const int saved = IMG_SaveJPG_RW(surface, sink, 0, static_cast<int>(std::lround(q * 100)));
+  const int saved = IMG_SaveJPG_RW(surface, sink, 0, static_cast<int>(std::lround(quality * 100)));
   SDL_FreeRW(sink);
   SDL_FreeSurface(surface);
   if (saved != 0 || bytes.empty())
