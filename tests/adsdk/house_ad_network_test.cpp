@@ -284,7 +284,7 @@ class HeldDownloadsTest : public HouseAdNetworkTest {
     const kit::Services base = platform.services();
     const kit::Services services{base.clock,     base.runLoop, base.notifications, base.defaults,
                                  base.bundle,    base.log,     base.http,          fetcher,
-                                 base.urlOpener, base.device,  base.random};
+                                 base.urlOpener, base.device,  base.random,        base.graphics};
     HouseAdNetwork::Options options;
     options.serverURL = "http://ads.example/ads/manifest.json";
     options.deterministic = true;
