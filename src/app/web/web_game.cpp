@@ -9,9 +9,6 @@
 #include "kit/backends/web/page_hooks.h"
 #include "kit/foundation/json.h"
 #include "kit/foundation/preferred_languages.h"
-#include "kit/render/sprite_view.h"
-#include "kit/scene/frame_driver.h"
-#include "kit/ui/window.h"
 #include "names/notification_names.h"
 #include "names/preference_keys.h"
 
@@ -26,29 +23,13 @@ WebGame::WebGame(Options options)
       services_(kResourceDir),
       ads_([](const kit::Services& services) -> std::unique_ptr<kit::MailSink> {
         return std::make_unique<kit::web::MailtoSink>(services.urlOpener);
-      }),
-      autoplay_(options_.autoplay) {
-  kit::ApplicationOptions app;
-  app.title = "Twin Lanes";
-  app.profile = options_.device;
-  application_ =
-      std::make_unique<kit::Application>(app, delegate_, services_.services(), &windows_);
-  const kit::Services services = application_->services();
-  const std::optional<unsigned> seed = options_.seed;
-  application_->registerViewControllerClass("ViewController", [this, services, seed] {
-    controller_ = std::make_shared<ViewController>(services, ads_, seed);
-    return controller_;
-  });
-  application_->setPrimaryButtonHook([this] { return primaryButton(); });
-  application_->setFrameHook([this] {
-    if (!autoplay_)
-      return;
-    if (auto s = scene()) {
-      auto touches = autoplayer_.touchesFor(*s);
-      if (!touches.empty())
-        application_->frameDriver().touchesBegan(std::move(touches));
-    }
-  });
+      }) {
+  GameApplication::Options game;
+  game.application.title = "Twin Lanes";
+  game.application.profile = options_.device;
+  game.seed = options_.seed;
+  game.autoplay = options_.autoplay;
+  game_ = std::make_unique<GameApplication>(game, ads_, services_.services(), &windows_);
   kit::registerPreferredLanguages(services_.defaults, options_.language);
 }
 
@@ -58,8 +39,8 @@ WebGame::~WebGame() {
 }
 
 bool WebGame::launch(std::string* error) {
-  ads_.start(application_->services(), false);
-  kit::Status launched = application_->launch();
+  ads_.start(game_->application().services(), false);
+  kit::Status launched = game_->launch();
   if (!launched && error)
     *error = launched.error();
   if (kit::web::WebWindow* window = windows_.window())
@@ -76,11 +57,11 @@ bool WebGame::frame() {
   if (window && !window->isVisible()) {
     // A hidden page: nothing runs (the lifecycle's background), as on a
     // minimised desktop window; only its events are read.
-    application_->pollEvents();
+    game_->application().pollEvents();
     return true;
   }
   const auto start = std::chrono::steady_clock::now();
-  application_->runFrame();
+  game_->application().runFrame();
   const double ms =
       std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
   ++frames_drawn_;
@@ -94,23 +75,8 @@ bool WebGame::frame() {
   return true;
 }
 
-std::shared_ptr<GameScene> WebGame::scene() const {
-  return controller_ ? controller_->gameScene : nullptr;
-}
-
-std::optional<kit::Point> WebGame::primaryButton() const {
-  const auto s = scene();
-  if (!s)
-    return std::nullopt;
-  if (!s->startFlag() && !s->overFlag() && s->homeLayer().alpha() == 1.0)
-    return Autoplayer::centreInScene(s->playBtn());
-  if (s->overFlag() && !s->homeFlag() && s->overLayer().alpha() == 1.0)
-    return Autoplayer::centreInScene(s->againBtn());
-  return std::nullopt;
-}
-
 std::string WebGame::dump() const {
-  const auto s = scene();
+  const auto s = game_->scene();
   if (!s)
     return "null";
   kit::Value::Dictionary state = describeScene(*s);
@@ -120,8 +86,8 @@ std::string WebGame::dump() const {
        static_cast<long long>(services_.notifications.postCount(notification::kSoundChange))}};
   if (ads_.network())
     state["ads"] = ads_.describe();
-  state["alert"] = describeAlert(application_.get());
-  state["toasts"] = describeToasts(application_.get());
+  state["alert"] = describeAlert(&game_->application());
+  state["toasts"] = describeToasts(&game_->application());
   const std::optional<kit::Value::Array> languages =
       services_.defaults.arrayForKey(prefkey::kLanguages);
   state["language"] = languages && !languages->empty() ? languages->front() : kit::Value();

@@ -5,19 +5,16 @@
 #include <optional>
 #include <string>
 
-#include "app/app_delegate.h"
 #include "app/game_ads.h"
-#include "app/view_controller.h"
-#include "game/autoplayer.h"
+#include "app/game_application.h"
 #include "kit/backends/web/animation_frame_host.h"
 #include "kit/backends/web/web_services.h"
 #include "kit/backends/web/web_window_system.h"
-#include "kit/render/application.h"
 
-// The game in the page: the browser backend's services and window, the
-// layout's host controller and AppDelegate in a kit::Application, the ads
-// with the mailto: sink, and frames from requestAnimationFrame. Preferences
-// are saved to localStorage whenever the game synchronizes them. The page's tools
+// The game in the page: the browser backend's services and window under the
+// same GameApplication as the desktop's, the ads with the mailto: sink, and
+// frames from requestAnimationFrame. Preferences are saved to localStorage
+// whenever the game synchronizes them. The page's tools
 // (window.twinlanes) read dump() and stats(). Lives as long as the page;
 // main thread only.
 class WebGame {
@@ -46,23 +43,17 @@ class WebGame {
   // reset, as JSON.
   std::string stats() const;
   void resetStats();
-  void setAutoplay(bool on) { autoplay_ = on; }
+  void setAutoplay(bool on) { game_->setAutoplay(on); }
 
  private:
   bool frame();
-  std::optional<kit::Point> primaryButton() const;
-  std::shared_ptr<GameScene> scene() const;
 
   Options options_;
   kit::web::WebServices services_;
   kit::web::WebWindowSystem windows_;
   GameAds ads_;
-  std::shared_ptr<AppDelegate> delegate_ = std::make_shared<AppDelegate>();
-  std::unique_ptr<kit::Application> application_;
-  std::shared_ptr<ViewController> controller_;
+  std::unique_ptr<GameApplication> game_;
   kit::web::AnimationFrameHost frames_;
-  Autoplayer autoplayer_;
-  bool autoplay_ = false;
   bool firstFrameShown_ = false;
   int64_t frames_drawn_ = 0;
   double wasmMs_ = 0;
