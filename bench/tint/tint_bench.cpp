@@ -13,6 +13,7 @@
 #include <string>
 
 #include "kit/foundation/graphics.h"
+#include "kit/platform/backend.h"
 #include "kit/ui/image.h"
 #include "kit/ui/screen.h"
 #include "ui/image_tint.h"

@@ -156,8 +156,8 @@ HouseAdNetwork::HouseAdNetwork(const kit::Services& services, Options options)
   } else {
     server_.emplace(options_.serverURL, options_.serverTimeoutMs);
   }
-  worker_ = std::make_unique<Worker>(options_.deterministic,
-                                     services_.graphics.weak_from_this().lock());
+  worker_ =
+      std::make_unique<Worker>(options_.deterministic, services_.graphics.weak_from_this().lock());
 }
 
 HouseAdNetwork::~HouseAdNetwork() {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "kit/foundation/graphics.h"
+#include "kit/platform/backend.h"
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);

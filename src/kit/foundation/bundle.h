@@ -47,12 +47,6 @@ class Bundle {
   // Preferred language codes, most wanted first ("en" when none are known).
   std::vector<std::string> preferredLanguages() const;
 
-  // The desktop's preferred languages as codes ("zh_CN" becomes
-  // "zh-Hans-CN"), for registering "AppleLanguages"; empty when the desktop
-  // names none (as with LANG=C).
-  // Defined by the backend (the platform's locale list).
-  static std::vector<std::string> desktopLanguages();
-
   // Language codes and table names become parts of file names, and the
   // languages come from a user-editable file: letters, digits, '-' and '_' only.
   static bool isSafeName(std::string_view name);

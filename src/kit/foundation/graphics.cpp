@@ -1,4 +1,5 @@
 #include "kit/foundation/graphics.h"
+#include "kit/platform/backend.h"
 
 #include <atomic>
 #include <cstdio>

@@ -56,9 +56,4 @@ class Graphics : public std::enable_shared_from_this<Graphics> {
   std::unique_ptr<ImageSystem> images_;
 };
 
-// The backend's graphics (defined by each backend): the desktop's Pango and
-// Cairo; the browser's canvas, with estimates under node. For the services'
-// owners and for programs and tests that run without them.
-std::shared_ptr<Graphics> makeBackendGraphics();
-
 }  // namespace kit

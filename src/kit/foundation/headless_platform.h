@@ -5,6 +5,7 @@
 
 #include "kit/foundation/http.h"
 #include "kit/foundation/services.h"
+#include "kit/platform/backend.h"
 #include "kit/platform/preference_store.h"
 #include "kit/platform/resource_store.h"
 
@@ -45,19 +46,5 @@ class HeadlessPlatform {
   RandomSource random;
   std::shared_ptr<Graphics> graphics;
 };
-
-// The backend's preferences in `folder` and resources below `folder` for
-// headless runs (defined by the backend: files where there is a file
-// system). The preference store logs lines about its folder to `log`.
-std::unique_ptr<PreferenceStore> makeHeadlessPreferenceStore(const std::filesystem::path& folder,
-                                                             Log& log);
-std::unique_ptr<ResourceStore> makeHeadlessResourceStore(const std::filesystem::path& folder);
-// The backend's HTTP client for headless runs (defined by each backend): the
-// desktop's is real; one without blocking HTTP answers every request with
-// an error.
-std::unique_ptr<HttpClient> makeHeadlessHttpClient();
-// The backend's asynchronous fetcher for headless runs, answering on
-// `runLoop` (defined by each backend).
-std::unique_ptr<HttpFetcher> makeHeadlessHttpFetcher(RunLoop& runLoop);
 
 }  // namespace kit

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kit/foundation/bundle.h"
+#include "kit/platform/backend.h"
 
 namespace kit {
 namespace {
@@ -74,7 +75,7 @@ void registerPreferredLanguages(UserDefaults& defaults, const std::optional<std:
       languages.push_back(*code);
   }
   if (languages.empty()) {
-    for (std::string& code : Bundle::desktopLanguages())
+    for (std::string& code : systemLanguages())
       languages.push_back(std::move(code));
   }
   if (languages.empty())

@@ -15,6 +15,7 @@
 
 #include "kit/foundation/graphics.h"
 #include "kit/foundation/strings.h"
+#include "kit/platform/backend.h"
 #include "kit/ui/screen.h"
 #include "ui/image_tint.h"
 

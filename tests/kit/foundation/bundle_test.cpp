@@ -7,6 +7,7 @@
 #include "kit/foundation/memory_preference_store.h"
 #include "kit/foundation/memory_resource_store.h"
 #include "kit/foundation/user_defaults.h"
+#include "kit/platform/backend.h"
 
 namespace kit {
 namespace {
@@ -83,7 +84,7 @@ TEST_F(BundleTest, LanguageCodesFindTheirTableWhateverCaseTheyAreWrittenIn) {
     EXPECT_EQ(text("RATE_YES"), "\xe5\xa5\xbd") << code;
   }
   ::setenv("LANG", "ZH_CN.UTF-8", 1);
-  EXPECT_EQ(Bundle::desktopLanguages(), std::vector<std::string>{"zh-Hans-CN"});
+  EXPECT_EQ(systemLanguages(), std::vector<std::string>{"zh-Hans-CN"});
   ::setenv("LANG", "C.UTF-8", 1);
 }
 

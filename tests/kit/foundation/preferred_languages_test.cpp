@@ -5,6 +5,7 @@
 #include "kit/foundation/bundle.h"
 #include "kit/foundation/memory_preference_store.h"
 #include "kit/foundation/user_defaults.h"
+#include "kit/platform/backend.h"
 
 namespace kit {
 namespace {
@@ -35,7 +36,7 @@ TEST(PreferredLanguagesTest, LanguagesAreRegisteredNotStoredAndFallBackToTheDesk
   EXPECT_EQ(defaults.objectForKey("AppleLanguages"), Value(Value::Array{"en"}));
   ::setenv("LANG", "en_GB.UTF-8", 1);
   ::setenv("LANGUAGE", "zh_CN:fr", 1);
-  EXPECT_EQ(Bundle::desktopLanguages(), (std::vector<std::string>{"en-GB", "zh-Hans-CN", "fr"}));
+  EXPECT_EQ(systemLanguages(), (std::vector<std::string>{"en-GB", "zh-Hans-CN", "fr"}));
   ::unsetenv("LANGUAGE");
   ::setenv("LANG", "C.UTF-8", 1);
 }

@@ -2,6 +2,7 @@
 #include "kit/backends/desktop/cairo_image_system.h"
 #include "kit/backends/desktop/pango_text_system.h"
 #include "kit/foundation/graphics.h"
+#include "kit/platform/backend.h"
 
 namespace kit {
 

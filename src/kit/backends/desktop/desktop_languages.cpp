@@ -4,10 +4,11 @@
 
 #include "kit/foundation/bundle.h"
 #include "kit/foundation/preferred_languages.h"
+#include "kit/platform/backend.h"
 
 namespace kit {
 
-std::vector<std::string> Bundle::desktopLanguages() {
+std::vector<std::string> systemLanguages() {
   std::vector<std::string> codes;
   SDL_ClearError();
   SDL_Locale* locales = SDL_GetPreferredLocales();

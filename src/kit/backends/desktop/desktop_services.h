@@ -8,6 +8,7 @@
 #include "kit/backends/files/file_preference_store.h"
 #include "kit/backends/files/file_resource_store.h"
 #include "kit/foundation/services.h"
+#include "kit/platform/backend.h"
 
 namespace kit {
 

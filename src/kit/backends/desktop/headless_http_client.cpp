@@ -1,6 +1,7 @@
 #include "kit/backends/desktop/curl_http_client.h"
 #include "kit/backends/desktop/curl_http_fetcher.h"
 #include "kit/foundation/headless_platform.h"
+#include "kit/platform/backend.h"
 
 namespace kit {
 

@@ -1,6 +1,7 @@
 #include "kit/backends/web/browser_http_fetcher.h"
 #include "kit/backends/web/web_services.h"
 #include "kit/foundation/headless_platform.h"
+#include "kit/platform/backend.h"
 
 namespace kit {
 

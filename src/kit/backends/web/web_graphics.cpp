@@ -2,6 +2,7 @@
 #include "kit/backends/web/web_image_system.h"
 #include "kit/backends/web/web_text_system.h"
 #include "kit/foundation/graphics.h"
+#include "kit/platform/backend.h"
 
 namespace kit {
 

@@ -1,4 +1,4 @@
-// kit::Bundle::desktopLanguages for the browser build: navigator.languages
+// kit::systemLanguages for the browser build: navigator.languages
 // (under node: LANG, as the desktop reads it).
 #include <emscripten/emscripten.h>
 
@@ -7,6 +7,7 @@
 
 #include "kit/backends/web/js_bytes.h"
 #include "kit/foundation/bundle.h"
+#include "kit/platform/backend.h"
 
 // clang-format off
 EM_JS(void, tl_languages, (), {
@@ -19,7 +20,7 @@ EM_JS(void, tl_languages, (), {
 
 namespace kit {
 
-std::vector<std::string> Bundle::desktopLanguages() {
+std::vector<std::string> systemLanguages() {
   tl_languages();
   std::vector<std::string> out;
   std::istringstream lines(web::takeStash());

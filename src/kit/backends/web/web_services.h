@@ -16,6 +16,7 @@
 #include "kit/foundation/run_loop.h"
 #include "kit/foundation/services.h"
 #include "kit/foundation/user_defaults.h"
+#include "kit/platform/backend.h"
 
 namespace kit::web {
 
