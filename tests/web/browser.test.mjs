@@ -5,7 +5,7 @@ import assert from 'node:assert/strict';
 import { after, before, describe, test } from 'node:test';
 import {
   canvasBox, count, desktop, dump, launch, openGame, phone, resourcesWithAdServer, screenshot, serve,
-  until,
+  solidPng, until,
 } from './site.mjs';
 
 // The phone profile: a 320 x 568 point scene over a 50 point banner strip.
@@ -181,37 +181,47 @@ describe('on a phone', () => {
 });
 
 describe('ads from an ad server', () => {
-  // A magenta banner no bundled ad has, served next to the site.
-  const manifest = JSON.stringify({
-    banners: [{ name: 'served-magenta', url: 'https://www.twinlanes.example/served',
-      images: [{ file: 'magenta-320x50.svg', width: 320, height: 50 }] }],
-  });
-  const picture = '<svg xmlns="http://www.w3.org/2000/svg" width="320" height="50">' +
-    '<rect width="320" height="50" fill="#ff00ff"/></svg>';
-  const magenta = (p) => p.r > 220 && p.g < 40 && p.b > 220;
+  // Banners no bundled ad has, served next to the site: an SVG and a PNG
+  // (which the page decodes as it downloads it; the browser decodes PNG only
+  // asynchronously).
+  const served = [
+    { kind: 'SVG', name: 'served-magenta', file: 'magenta-320x50.svg', type: 'image/svg+xml',
+      body: '<svg xmlns="http://www.w3.org/2000/svg" width="320" height="50">' +
+        '<rect width="320" height="50" fill="#ff00ff"/></svg>',
+      colour: (p) => p.r > 220 && p.g < 40 && p.b > 220 },
+    { kind: 'PNG', name: 'served-green', file: 'green-160x25.png', type: 'image/png',
+      body: solidPng(160, 25, [0, 200, 60]),
+      colour: (p) => p.r < 40 && p.g > 170 && p.g < 230 && p.b > 30 && p.b < 90 },
+  ];
 
-  test('a served banner is downloaded with fetch() and shown in the strip', async () => {
-    const adServer = await serve(undefined, {
-      '/resources.json': resourcesWithAdServer((url) => url + 'adserver/manifest.json'),
-      '/adserver/manifest.json': async () => ['application/json', manifest],
-      '/adserver/magenta-320x50.svg': async () => ['image/svg+xml', picture],
+  for (const banner of served) {
+    test(`a served ${banner.kind} banner is downloaded with fetch() and shown in the strip`, async () => {
+      const manifest = JSON.stringify({
+        banners: [{ name: banner.name, url: 'https://www.twinlanes.example/served',
+          images: [{ file: banner.file, width: 320, height: 50 }] }],
+      });
+      const adServer = await serve(undefined, {
+        '/resources.json': resourcesWithAdServer((url) => url + 'adserver/manifest.json'),
+        '/adserver/manifest.json': async () => ['application/json', manifest],
+        ['/adserver/' + banner.file]: async () => [banner.type, banner.body],
+      });
+      try {
+        const page = await openGame(await fresh(), adServer.url, { query: 'seed=5&nosw' });
+        const state = await until(page, (s) => s.ads.banner?.loaded, 'the served banner');
+        assert.equal(state.ads.banner.creative, banner.name);
+        await frames(page, 30);
+        const shot = await screenshot(page, `phone-served-${banner.kind.toLowerCase()}-banner`);
+        const strip = await shotPoint(page, 0, 0, phone.deviceScaleFactor);
+        const area = W * strip.scale * STRIP * strip.scale;
+        assert.ok(count(shot, strip.x, strip.y, strip.x + W * strip.scale, strip.y + STRIP * strip.scale,
+          banner.colour) > area * 0.9, 'the served picture fills the strip');
+        assert.deepEqual(page.errors, []);
+        await page.close();
+      } finally {
+        await adServer.close();
+      }
     });
-    try {
-      const page = await openGame(await fresh(), adServer.url, { query: 'seed=5&nosw' });
-      const state = await until(page, (s) => s.ads.banner?.loaded, 'the served banner');
-      assert.equal(state.ads.banner.creative, 'served-magenta');
-      await frames(page, 30);
-      const shot = await screenshot(page, 'phone-served-banner');
-      const strip = await shotPoint(page, 0, 0, phone.deviceScaleFactor);
-      const area = W * strip.scale * STRIP * strip.scale;
-      assert.ok(count(shot, strip.x, strip.y, strip.x + W * strip.scale, strip.y + STRIP * strip.scale,
-        magenta) > area * 0.9, 'the served picture fills the strip');
-      assert.deepEqual(page.errors, []);
-      await page.close();
-    } finally {
-      await adServer.close();
-    }
-  });
+  }
 
   test('a dead ad server leaves the strip empty, says why in the log, and the game plays on', async () => {
     const gone = await serve();

@@ -5,7 +5,7 @@ import { createServer } from 'node:http';
 import { mkdtemp, readFile, rm, stat } from 'node:fs/promises';
 import { tmpdir } from 'node:os';
 import path from 'node:path';
-import { inflateSync } from 'node:zlib';
+import { crc32, deflateSync, inflateSync } from 'node:zlib';
 import puppeteer from 'puppeteer-core';
 
 export const siteDir = process.env.TWINLANES_WEB_SITE ?? path.resolve('build/web');
@@ -202,6 +202,28 @@ export function decodePng(buffer) {
     const i = (Math.floor(y) * width + Math.floor(x)) * 4;
     return { r: out[i], g: out[i + 1], b: out[i + 2], brightness: (out[i] + out[i + 1] + out[i + 2]) / 3 };
   } };
+}
+
+// An 8-bit RGB PNG of `width` x `height` pixels all of one [r, g, b] colour.
+export function solidPng(width, height, [r, g, b]) {
+  const chunk = (type, body) => {
+    const head = Buffer.alloc(8);
+    head.writeUInt32BE(body.length, 0);
+    head.write(type, 4, 'ascii');
+    const crc = Buffer.alloc(4);
+    crc.writeUInt32BE(crc32(Buffer.concat([head.subarray(4), body])), 0);
+    return Buffer.concat([head, body, crc]);
+  };
+  const header = Buffer.alloc(13);
+  header.writeUInt32BE(width, 0);
+  header.writeUInt32BE(height, 4);
+  header[8] = 8;
+  header[9] = 2;
+  const row = Buffer.alloc(1 + width * 3);
+  for (let x = 0; x < width; ++x) row.set([r, g, b], 1 + x * 3);
+  const rows = Buffer.concat(Array.from({ length: height }, () => row));
+  return Buffer.concat([Buffer.from([0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a]),
+    chunk('IHDR', header), chunk('IDAT', deflateSync(rows)), chunk('IEND', Buffer.alloc(0))]);
 }
 
 // How many pixels in the rectangle (device pixels) pass `test`.

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "kit/backends/web/downloaded_pictures.h"
 #include "kit/backends/web/js_bytes.h"
 #include "kit/foundation/strings.h"
 
@@ -24,9 +25,9 @@ EM_JS(void, tl_fetch_start, (int id, const char* url, double timeoutMs, double m
     entry.ok = ok;
     entry.error = error;
   };
-  // The page draws only SVGs it has decoded (decoding is asynchronous), so
-  // a downloaded one is decoded before it is handed over, as the resources'
-  // are at start.
+  // The page draws only pictures it has decoded (decoding is asynchronous),
+  // so a downloaded SVG, PNG or JPEG is decoded before it is handed over, as
+  // the resources' SVGs are at start.
   const preloadSvg = async (body) => {
     if (typeof Image === "undefined" || !Module.twinlanesSvgs) return;
     const text = new TextDecoder().decode(body);
@@ -63,6 +64,7 @@ EM_JS(void, tl_fetch_start, (int id, const char* url, double timeoutMs, double m
     for (const chunk of chunks) { body.set(chunk, at); at += chunk.length; }
     entry.body = body;
     if (response.ok) await preloadSvg(body);
+    if (response.ok && Module.twinlanesPictures) await Module.twinlanesPictures.add(body);
     if (response.ok) settle(true, "");
     else settle(false, "HTTP status " + response.status);
   };
@@ -104,6 +106,10 @@ bool hasWebScheme(const std::string& url) {
 }
 
 }  // namespace
+
+BrowserHttpFetcher::BrowserHttpFetcher(RunLoop& runLoop) : runLoop_(runLoop) {
+  installDownloadedPictures();
+}
 
 struct BrowserHttpFetcher::Flight final : HttpFetch {
   Flight(std::weak_ptr<BrowserHttpFetcher*> fetcher, int id)

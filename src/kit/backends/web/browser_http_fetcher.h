@@ -12,14 +12,14 @@ namespace kit::web {
 // and a run loop timer looks for settled requests while any is in flight,
 // handing each answer over on the run loop. Time and size limits are kept
 // on the page (an abort at the time limit, bytes counted as they stream);
-// connect time and redirect counts are the browser's own. A downloaded SVG
-// is decoded by the page before its answer settles, so it draws as the
-// resources' SVGs do. Destroying a
-// handle or the fetcher aborts the request. Borrows the run loop, which
+// connect time and redirect counts are the browser's own. A downloaded SVG,
+// PNG or JPEG is decoded by the page before its answer settles, so it draws
+// as the resources' SVGs do (see downloaded_pictures.h). Destroying a handle
+// or the fetcher aborts the request. Borrows the run loop, which
 // outlives the fetcher. Main thread only.
 class BrowserHttpFetcher final : public HttpFetcher {
  public:
-  explicit BrowserHttpFetcher(RunLoop& runLoop) : runLoop_(runLoop) {}
+  explicit BrowserHttpFetcher(RunLoop& runLoop);
   ~BrowserHttpFetcher() override;
   BrowserHttpFetcher(const BrowserHttpFetcher&) = delete;
   BrowserHttpFetcher& operator=(const BrowserHttpFetcher&) = delete;

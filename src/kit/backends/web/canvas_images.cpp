@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "kit/backends/web/browser_canvas.h"
+#include "kit/backends/web/downloaded_pictures.h"
 
 // clang-format off
 // The natural size of a preloaded SVG, as width * 65536 + height; 0 when the
@@ -51,8 +52,12 @@ Result<PixelBuffer> drawPreloadedSvg(std::string_view svg, int width, int height
   return PixelBuffer{width, height, canvas.get()};
 }
 
-Result<PixelBuffer> CanvasImages::decode(std::string_view) {
-  return Error{"the browser decodes PNG and JPEG only asynchronously; the art is SVG"};
+Result<PixelBuffer> CanvasImages::decode(std::string_view bytes) {
+  if (std::optional<PixelBuffer> downloaded = findDownloadedPicture(bytes))
+    return std::move(*downloaded);
+  return Error{
+      "the browser decodes PNG and JPEG only asynchronously: it draws only pictures downloaded "
+      "with fetch(), decoded as they arrived"};
 }
 
 Result<PixelBuffer> CanvasImages::rasterizeSvg(std::string_view svg, int width, int height) {

@@ -14,9 +14,10 @@ namespace kit::web {
 //
 // The browser decodes images only asynchronously, so the page decodes every
 // SVG among the resources before the game starts (twinlanes-page.js keeps
-// them by their text); rasterizeSvg draws those. PNG and JPEG bytes, and an
-// SVG that was not among them, are refused with a reason rather than waited
-// for. Main thread only.
+// them by their text); rasterizeSvg draws those. decode finds PNG and JPEG
+// pictures the page decoded as they were downloaded (downloaded_pictures.h).
+// Other images are refused with a reason rather than waited for. Main thread
+// only.
 class CanvasImages final : public ImageCodec {
  public:
   Result<PixelBuffer> decode(std::string_view bytes) override;

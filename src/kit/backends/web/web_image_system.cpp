@@ -55,8 +55,16 @@ Result<PixelBuffer> WebImageSystem::rasterizeSvg(std::string_view svg, int width
       std::clamp(static_cast<int>(std::lround(natural->height * fit)), 1, height));
 }
 
-Result<Bitmap> WebImageSystem::decodePng(std::string_view) {
-  return Error{"the browser build decodes no PNG data (its art is SVG)"};
+Result<Bitmap> WebImageSystem::decodePng(std::string_view bytes) {
+  Result<PixelBuffer> decoded = canvas_.decode(bytes);
+  if (!decoded)
+    return Error{decoded.error()};
+  Bitmap bitmap = Bitmap::uncleared(decoded->width, decoded->height);
+  if (!bitmap.pixels)
+    return Error{"no memory for a PNG of " + std::to_string(decoded->width) + " x " +
+                 std::to_string(decoded->height) + " pixels"};
+  premultiplyInto(decoded->rgba, bitmap);
+  return bitmap;
 }
 
 Result<std::string> WebImageSystem::encodePng(const Bitmap& pixels) {

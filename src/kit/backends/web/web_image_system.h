@@ -8,8 +8,9 @@ namespace kit {
 // The browser's pixel work: compositing, panels, spinners and encoding by
 // offscreen canvases (the blend modes as globalCompositeOperation), SVG
 // drawn from the page's preloaded images, fills written in wasm memory.
-// The browser decodes PNG and JPEG only asynchronously, so they are refused
-// with a reason (the art is SVG). Without a page (node) nothing is drawn:
+// The browser decodes PNG and JPEG only asynchronously, so only pictures the
+// page decoded as they were downloaded are decoded; others are refused with
+// a reason (the art is SVG). Without a page (node) nothing is drawn:
 // bitmaps keep their sizes, and SVGs come out transparent at the size asked
 // for, which is all headless runs need. Main thread only (the page has no
 // other).
