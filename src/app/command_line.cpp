@@ -83,9 +83,8 @@ namespace {
 
 // The device profile of that name, as the interface layout defines it; the
 // layout is the one place that says what a phone or a pad is.
-std::optional<kit::DeviceProfile> layoutProfile(const std::string& name) {
-  const auto layout =
-      kit::InterfaceLayout::load(kit::FileResourceStore(findResources()), "layout/main.json");
+std::optional<kit::DeviceProfile> layoutProfile(const kit::Result<kit::InterfaceLayout>& layout,
+                                                const std::string& name) {
   const kit::DeviceProfile* profile = layout ? layout->profile(name) : nullptr;
   if (!profile) {
     std::cerr << "twinlanes: no device profile " << name << " in the layout"
@@ -175,7 +174,9 @@ std::optional<std::filesystem::path> scriptPrefs(const Flags& flags,
 
 // A script against the whole host: in a window (each frame shown, screenshots
 // possible) or, with --headless, without one.
-int runScript(const Flags& flags, const ProgramBackend& backend) {
+// The device profiles come from `layout`, as read for --device's help.
+int runScript(const Flags& flags, const ProgramBackend& backend,
+              const kit::Result<kit::InterfaceLayout>& layout) {
   std::ifstream file;
   std::istream* script = &std::cin;
   const std::string scriptName = flags.script == "-" ? "<stdin>" : flags.script;
@@ -222,7 +223,7 @@ int runScript(const Flags& flags, const ProgramBackend& backend) {
   if (flags.seed)
     runner.setSeed(*flags.seed);
   if (flags.device != "phone" || flags.size) {
-    const std::optional<kit::DeviceProfile> profile = layoutProfile(flags.device);
+    const std::optional<kit::DeviceProfile> profile = layoutProfile(layout, flags.device);
     if (!profile)
       return 1;
     runner.setDevice(profile->idiom, flags.size.value_or(profile->scene));
@@ -328,7 +329,7 @@ int twinlanesMain(int argc, char** argv, const ProgramBackend& backend) {
                    "script uses its frames, screenshot and autoplay commands\n";
       return 2;
     }
-    return runScript(flags, backend);
+    return runScript(flags, backend, layout);
   }
   if (flags.headless) {
     std::cerr << "twinlanes: --headless needs --script FILE (or --script - for standard input)\n";

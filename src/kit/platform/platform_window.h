@@ -48,16 +48,15 @@ class PlatformWindow : public RenderTarget, public EventSource {
   [[nodiscard]] virtual Status saveScreenshot(const std::filesystem::path& file) const = 0;
 };
 
-// Opens windows and decodes images: what the application needs from a
-// backend to be seen. Owned by the composition root (the program's main);
-// borrowed by the application, outliving it.
+// Opens windows: what the application needs from a backend to be seen (its
+// images come from the graphics' image system). Owned by the composition
+// root (the program's main); borrowed by the application, outliving it.
 class WindowSystem {
  public:
   virtual ~WindowSystem() = default;
   // A one-line reason when there is no display or no renderer.
   [[nodiscard]] virtual Result<std::unique_ptr<PlatformWindow>> open(
       const WindowOptions& options) = 0;
-  virtual ImageCodec& imageCodec() = 0;
 };
 
 }  // namespace kit

@@ -120,7 +120,7 @@ Status Application::launch() {
                         " renderer, vsync " + (platformWindow_->vsync() ? "on" : "off"));
     const Bundle& bundle = services_.bundle;
     renderer_ = std::make_unique<Renderer>(
-        *platformWindow_, windows_->imageCodec(), bundle.resources(),
+        *platformWindow_, services_.graphics.images(), bundle.resources(),
         [&bundle](std::string_view name) { return bundle.imageResource(name); }, services_.log);
   }
 

@@ -45,14 +45,7 @@ std::optional<std::string> encode(const Bitmap& pixels, const char* type, double
 Result<PixelBuffer> WebImageSystem::rasterizeSvg(std::string_view svg, int width, int height) {
   if (!web::hasCanvas())
     return PixelBuffer{width, height, std::vector<uint8_t>(Bitmap::pixelCount(width, height) * 4)};
-  // Fit the box with the drawing's aspect kept.
-  const std::optional<Size> natural = web::preloadedSvgSize(svg);
-  if (!natural)
-    return Error{"this SVG was not among the page's preloaded images"};
-  const double fit = std::min(width / natural->width, height / natural->height);
-  return web::drawPreloadedSvg(
-      svg, std::clamp(static_cast<int>(std::lround(natural->width * fit)), 1, width),
-      std::clamp(static_cast<int>(std::lround(natural->height * fit)), 1, height));
+  return canvas_.rasterizeSvg(svg, width, height);
 }
 
 Result<Bitmap> WebImageSystem::decodePng(std::string_view bytes) {

@@ -3,7 +3,6 @@
 #include <memory>
 
 #include "kit/backends/web/browser_events.h"
-#include "kit/backends/web/canvas_images.h"
 #include "kit/backends/web/canvas_target.h"
 #include "kit/backends/web/page_layout.h"
 #include "kit/platform/platform_window.h"
@@ -59,17 +58,14 @@ class WebWindow final : public PlatformWindow {
   BrowserEvents events_;
 };
 
-// Opens the page's one window (a second open() is refused) and lends the
-// browser's image codec.
+// Opens the page's one window (a second open() is refused).
 class WebWindowSystem final : public WindowSystem {
  public:
   Result<std::unique_ptr<PlatformWindow>> open(const WindowOptions& options) override;
-  ImageCodec& imageCodec() override { return images_; }
   // The window open() made, while the application holds it; null before.
   WebWindow* window() const { return window_; }
 
  private:
-  CanvasImages images_;
   WebWindow* window_ = nullptr;
 };
 
