@@ -191,6 +191,7 @@ void HouseAdNetwork::requestAd(const AdSlot& slot, Completion done) {
   checkMainThread();
   const uint64_t id = nextId_++;
   Pending pending;
+  std::optional<size_t> sequence;  // of the creative to load, when one is
   pending.format = slot.format;
   pending.done = std::move(done);
   double delay = options_.answerDelaySeconds;
@@ -204,13 +205,7 @@ void HouseAdNetwork::requestAd(const AdSlot& slot, Completion done) {
   } else {
     if (answer_ == Answer::Slow)
       delay = slowSeconds_;
-    const size_t sequence = sequence_[slot.format]++;
-    if (server_)
-      fetchManifest(id, slot, sequence);
-    else
-      load(id, [source = bundled_, slot, sequence](std::vector<std::string>& warnings) {
-        return loadCreative(*source, slot, sequence, warnings);
-      });
+    sequence = sequence_[slot.format]++;
   }
   std::weak_ptr<Shared> weak = shared_;
   pending.timer = services_.runLoop.scheduledTimer(
@@ -224,9 +219,15 @@ void HouseAdNetwork::requestAd(const AdSlot& slot, Completion done) {
         s->owner->deliverIfReady(id);
       },
       false);
-  auto [it, added] = shared_->pending.emplace(id, std::move(pending));
-  if (it->second.fetch == nullptr && started_)
-    it->second.fetch = std::move(started_);
+  shared_->pending.emplace(id, std::move(pending));
+  if (!sequence)
+    return;
+  if (server_)
+    fetchManifest(id, slot, *sequence);
+  else
+    load(id, [source = bundled_, slot, sequence = *sequence](std::vector<std::string>& warnings) {
+      return loadCreative(*source, slot, sequence, warnings);
+    });
 }
 
 void HouseAdNetwork::load(uint64_t id, LoadJob job) {
@@ -270,8 +271,6 @@ void HouseAdNetwork::startFetch(uint64_t id, const std::string& url, size_t maxB
                               });
   if (auto it = shared_->pending.find(id); it != shared_->pending.end())
     it->second.fetch = std::move(fetch);
-  else
-    started_ = std::move(fetch);  // requestAd() files it with its request
 }
 
 // The manifest and the chosen picture download on the fetcher, answering on

@@ -110,7 +110,6 @@ class HouseAdNetwork final : public AdNetwork {
   std::unique_ptr<Worker> worker_;
   std::shared_ptr<CreativeSource> bundled_;  // read by loads, when not served
   std::optional<ServedCreatives> server_;    // when served
-  std::unique_ptr<kit::HttpFetch> started_;  // the fetch of the request being made
   Answer answer_ = Answer::Fill;
   double slowSeconds_ = 0;
   uint64_t nextId_ = 1;

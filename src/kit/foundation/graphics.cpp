@@ -1,5 +1,4 @@
 #include "kit/foundation/graphics.h"
-#include "kit/platform/backend.h"
 
 #include <atomic>
 #include <cstdio>

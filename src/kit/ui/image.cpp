@@ -1,11 +1,10 @@
 #include "kit/ui/image.h"
 
-#include <cerrno>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 
 #include "kit/foundation/graphics.h"
+#include "kit/foundation/read_file.h"
 #include "kit/foundation/write_file.h"
 #include "kit/ui/image_context.h"
 #include "kit/ui/premultiplied.h"
@@ -70,40 +69,20 @@ Image Image::fromPixels(const PixelBuffer& pixels, double scale) {
   const bool matches = pixels.width > 0 && pixels.height > 0 &&
                        pixels.rgba.size() == Bitmap::pixelCount(pixels.width, pixels.height) * 4;
   Bitmap bitmap = matches ? Bitmap::uncleared(pixels.width, pixels.height) : Bitmap{};
-  const size_t count = Bitmap::pixelCount(bitmap.width, bitmap.height);
-  for (size_t i = 0; i < count; ++i) {
-    const uint8_t* p = pixels.rgba.data() + i * 4;
-    bitmap.pixels[i] = premultipliedArgb(p[0], p[1], p[2], p[3]);
-  }
+  premultiply(pixels.rgba.data(), Bitmap::pixelCount(bitmap.width, bitmap.height),
+              bitmap.pixels.get());
   const Size size{bitmap.width / scale, bitmap.height / scale};
   return Image(std::make_shared<const Bitmap>(std::move(bitmap)), size, scale);
 }
 
 std::optional<Image> Image::loadPng(const std::string& path, double scale, std::string* error) {
-  std::FILE* file = std::fopen(path.c_str(), "rb");
-  if (!file) {
-    setError(error, "cannot open " + path + ": " + std::strerror(errno));
-    return std::nullopt;
-  }
-  std::string data;
-  char buffer[65536];
-  size_t got;
-  while ((got = std::fread(buffer, 1, sizeof buffer, file)) > 0 &&
-         data.size() <= kMaxPngFileBytes) {
-    data.append(buffer, got);
-  }
-  bool failed = std::ferror(file) != 0;
-  std::fclose(file);
-  if (failed) {
-    setError(error, "cannot read " + path);
-    return std::nullopt;
-  }
-  if (data.size() > kMaxPngFileBytes) {
-    setError(error, path + " is larger than any image this program accepts");
+  Result<std::string> data = readSmallFileOrWhy(path, kMaxPngFileBytes);
+  if (!data) {
+    setError(error, "cannot read " + path + ": " + data.error());
     return std::nullopt;
   }
   std::string why;
-  auto image = fromPngData(data, scale, &why);
+  auto image = fromPngData(*data, scale, &why);
   if (!image)
     setError(error, path + ": " + why);
   return image;

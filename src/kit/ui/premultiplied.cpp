@@ -12,6 +12,13 @@ uint32_t premultipliedArgb(uint8_t red, uint8_t green, uint8_t blue, uint8_t alp
          (blue * a + 127) / 255;
 }
 
+void premultiply(const uint8_t* rgba, size_t count, uint32_t* argbOut) {
+  for (size_t i = 0; i < count; ++i) {
+    const uint8_t* p = rgba + i * 4;
+    argbOut[i] = premultipliedArgb(p[0], p[1], p[2], p[3]);
+  }
+}
+
 uint8_t unpremultiplied(uint32_t channel, uint32_t alpha) {
   return static_cast<uint8_t>(std::min<uint32_t>(255, (channel * 255 + alpha / 2) / alpha));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace kit {
@@ -10,6 +11,10 @@ namespace kit {
 // One straight RGBA pixel as a premultiplied ARGB32 word, each channel
 // rounded to nearest.
 uint32_t premultipliedArgb(uint8_t red, uint8_t green, uint8_t blue, uint8_t alpha);
+
+// Turns `count` straight RGBA pixels (tightly packed bytes) into
+// premultiplied ARGB32 words, as premultipliedArgb() does each one.
+void premultiply(const uint8_t* rgba, size_t count, uint32_t* argbOut);
 
 // One premultiplied 8-bit channel under `alpha` (1 to 255) made straight,
 // rounded to nearest.

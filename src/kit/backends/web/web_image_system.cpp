@@ -22,11 +22,9 @@ std::vector<uint8_t> straight(const Bitmap& pixels) {
 }
 
 void premultiplyInto(const std::vector<uint8_t>& rgba, Bitmap& pixels) {
-  const size_t count = std::min(Bitmap::pixelCount(pixels.width, pixels.height), rgba.size() / 4);
-  for (size_t i = 0; i < count; ++i) {
-    const uint8_t* p = rgba.data() + i * 4;
-    pixels.pixels[i] = premultipliedArgb(p[0], p[1], p[2], p[3]);
-  }
+  premultiply(rgba.data(),
+              std::min(Bitmap::pixelCount(pixels.width, pixels.height), rgba.size() / 4),
+              pixels.pixels.get());
 }
 
 std::optional<std::string> encode(const Bitmap& pixels, const char* type, double quality) {
